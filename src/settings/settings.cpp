@@ -1,0 +1,122 @@
+#define LAPWING_NO_BUILT_IN_SETTINGS
+#include <lapwing/settings.h>
+
+#include "module.h"
+
+#include <utility>
+
+using lapwing::installedProvider;
+
+namespace DeveloperSettings {
+
+Provider::Provider() noexcept = default;
+Provider::Provider(const Provider&) noexcept = default;
+Provider& Provider::operator=(const Provider&) noexcept = default;
+Provider::~Provider() = default;
+
+std::wstring Provider::getValue(const char* /*key*/, const std::wstring& fallback) const {
+    return fallback;
+}
+
+std::string Provider::getValue(const char* /*key*/, const std::string& fallback) const {
+    return fallback;
+}
+
+double Provider::getValue(const char* /*key*/, double fallback) const {
+    return fallback;
+}
+
+std::int32_t Provider::getValue(const char* /*key*/, std::int32_t fallback) const {
+    return fallback;
+}
+
+bool Provider::getValue(const char* /*key*/, bool fallback) const {
+    return fallback;
+}
+
+bool Provider::exists(const char* /*key*/) const {
+    return false;
+}
+
+void Provider::setValue(const char* /*key*/, const std::wstring& /*value*/) {}
+void Provider::setValue(const char* /*key*/, const std::string& /*value*/) {}
+void Provider::setValue(const char* /*key*/, double /*value*/) {}
+void Provider::setValue(const char* /*key*/, std::int32_t /*value*/) {}
+void Provider::setValue(const char* /*key*/, bool /*value*/) {}
+
+void Provider::clear(const char* /*key*/) {}
+
+void Provider::setInstance(Provider* provider) noexcept {
+    installedProvider.store(provider, std::memory_order_release);
+}
+
+template <class V>
+Setting<V>::Setting(const char* key) : Setting(key, [] { return V(); }) {}
+
+template <class V>
+Setting<V>::Setting(const char* key, DefaultValueFunction<V> makeDefault)
+    : name(key), defaultValue(std::move(makeDefault)) {}
+
+template <class V>
+Setting<V>::Setting(Setting&& other) noexcept
+    : name(other.name), defaultValue(std::exchange(other.defaultValue, nullptr)) {}
+
+template <class V>
+Setting<V>& Setting<V>::operator=(Setting&& other) noexcept {
+    name = other.name;
+    defaultValue = std::exchange(other.defaultValue, nullptr);
+    return *this;
+}
+
+template <class V>
+V Setting<V>::value() const {
+    const Provider* const provider = installedProvider.load(std::memory_order_acquire);
+    return provider ? provider->getValue(name, defaultValue()) : defaultValue();
+}
+
+template <class V>
+V Setting<V>::operator()() const {
+    return value();
+}
+
+template <class V>
+bool Setting<V>::hasValue() const {
+    const Provider* const provider = installedProvider.load(std::memory_order_acquire);
+    return provider && provider->exists(name);
+}
+
+template struct Setting<bool>;
+template struct Setting<std::int32_t>;
+template struct Setting<double>;
+template struct Setting<std::string>;
+template struct Setting<std::wstring>;
+
+}  // namespace DeveloperSettings
+
+namespace DeveloperConfig {
+
+template <class V>
+Item<V>::Item(const char* key, Parameter<V> fallback)
+    : DeveloperSettings::Setting<V>(key, [fallback = V(fallback)] { return fallback; }) {}
+
+template <class V>
+void Item<V>::set(Parameter<V> value) {
+    if (auto* const provider = installedProvider.load(std::memory_order_acquire)) {
+        provider->setValue(this->name, value);
+    }
+}
+
+template <class V>
+void Item<V>::clear() {
+    if (auto* const provider = installedProvider.load(std::memory_order_acquire)) {
+        provider->clear(this->name);
+    }
+}
+
+template struct Item<bool>;
+template struct Item<std::int32_t>;
+template struct Item<double>;
+template struct Item<std::string>;
+template struct Item<std::wstring>;
+
+}  // namespace DeveloperConfig
