@@ -5,13 +5,17 @@ if(PROJECT_IS_TOP_LEVEL AND BUILD_TESTING)
     set(LAPWING_BUILD_TESTS ON)
 endif()
 
+if(PROJECT_IS_TOP_LEVEL)
+    set(CMAKE_CXX_EXTENSIONS OFF)
+endif()
+
 get_property(is_multi_config GLOBAL PROPERTY GENERATOR_IS_MULTI_CONFIG)
 if(PROJECT_IS_TOP_LEVEL AND NOT is_multi_config AND NOT CMAKE_BUILD_TYPE)
     set(CMAKE_BUILD_TYPE Release CACHE STRING "Release, Debug, RelWithDebInfo or MinSizeRel" FORCE)
 endif()
 
-# Whether warnings are errors is for the build to say: the presets do.
+option(LAPWING_WARNINGS_AS_ERRORS "Stop at warnings" OFF)
 add_library(lapwing_warnings INTERFACE)
 target_compile_options(lapwing_warnings INTERFACE
-    $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-Wall;-Wextra;-Wpedantic;-Wconversion;-Wshadow>
-    $<$<CXX_COMPILER_ID:MSVC>:/W4;/permissive->)
+    $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-Wall;-Wextra;-Wpedantic;-Wconversion;-Wshadow;$<$<BOOL:${LAPWING_WARNINGS_AS_ERRORS}>:-Werror>>
+    $<$<CXX_COMPILER_ID:MSVC>:/W4;/permissive-;$<$<BOOL:${LAPWING_WARNINGS_AS_ERRORS}>:/WX>>)

@@ -4,6 +4,8 @@
 // source of the library may include them: the linker decides which source's objects come first.
 #include <lapwing/settings.h>
 
+#include <array>
+#include <cstddef>
 #include <new>
 #include <utility>
 
@@ -21,8 +23,8 @@ namespace {
 
 // The handler itself is never destroyed, so that it can be asked for at any time; its keeper, the
 // last static object and so the first to go, empties it.
-alignas(LogMessageHandler) unsigned char handlerStorage[sizeof(LogMessageHandler)];
-LogMessageHandler& handler = *new (handlerStorage) LogMessageHandler;
+alignas(LogMessageHandler) std::array<std::byte, sizeof(LogMessageHandler)> handlerStorage;
+LogMessageHandler& handler = *new (handlerStorage.data()) LogMessageHandler;
 bool isUnloaded = false;
 
 struct HandlerKeeper {

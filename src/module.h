@@ -24,7 +24,7 @@ bool enableTimingProfileLogging();
 
 // Empty until one is set, and from the library's unloading on.
 const LogMessageHandler& globalLogMessageHandler() noexcept;
-void setGlobalLogMessageHandler(LogMessageHandler handler);
+void setGlobalLogMessageHandler(LogMessageHandler replacement);
 
 }  // namespace lapwing
 

@@ -47,8 +47,8 @@ namespace DeveloperSettings {
 class LAPWING_EXPORT Provider {
 public:
     /// Copying a provider copies nothing and installs nothing.
-    Provider(const Provider&) noexcept;
-    Provider& operator=(const Provider&) noexcept;
+    Provider(const Provider& other) noexcept;
+    Provider& operator=(const Provider& other) noexcept;
 
     // The order of these members fixes their slots in the table of virtual functions, which hosts
     // are compiled against: wide string, narrow string, double, integer, bool. The Itanium ABI

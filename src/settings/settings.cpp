@@ -71,7 +71,7 @@ Setting<V>& Setting<V>::operator=(Setting&& other) noexcept {
 template <class V>
 V Setting<V>::value() const {
     const Provider* const provider = installedProvider.load(std::memory_order_acquire);
-    return provider ? provider->getValue(name, defaultValue()) : defaultValue();
+    return provider != nullptr ? provider->getValue(name, defaultValue()) : defaultValue();
 }
 
 template <class V>
@@ -82,7 +82,7 @@ V Setting<V>::operator()() const {
 template <class V>
 bool Setting<V>::hasValue() const {
     const Provider* const provider = installedProvider.load(std::memory_order_acquire);
-    return provider && provider->exists(name);
+    return provider != nullptr && provider->exists(name);
 }
 
 template struct Setting<bool>;
