@@ -1,0 +1,116 @@
+#include "support.h"
+
+#include <lapwing/timing_profiles.h>
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+using Durations = std::vector<Milliseconds>;
+
+constexpr Milliseconds longest = Milliseconds(std::numeric_limits<std::int64_t>::max());
+constexpr Milliseconds shortest = Milliseconds(std::numeric_limits<std::int64_t>::min());
+
+TimingProfile profileOf(const Durations& samples) {
+    return {{{"a", "a note that is carried along"}}, {{"a", samples}}};
+}
+
+// One step for "a" with these samples loaded: what it recorded, and how it slept on a clock that
+// moves on by 1 ms with each reading, where a sleep of N ms takes N + 1 readings.
+struct Step {
+    Durations samples;
+    Milliseconds duration;
+    Durations overruns;
+    bool isNoted;
+    int clockReadings;
+};
+
+TEST(TimingProfileEmulator, PadsToTheAverageOrRecordsWhyNot) {
+    LAPWING_SKIP_UNLESS_SUBSTITUTES_REACH_LIBRARY();
+    const std::string noData = "no sample data found in loaded timing profile";
+    for (const Step& step : {Step{{100ms}, 97ms, {}, false, 4},
+                             Step{{100ms}, 99ms, {}, false, 2},
+                             Step{{100ms}, 100ms, {}, false, 0},
+                             Step{{100ms}, 101ms, {-1ms}, false, 0},
+                             Step{{100ms}, 130ms, {-30ms}, false, 0},
+                             Step{{5ms, 6ms}, 2ms, {}, false, 4},
+                             Step{{5ms, 6ms}, 5ms, {}, false, 0},
+                             Step{{5ms, 6ms}, 6ms, {-1ms}, false, 0},
+                             Step{{2ms}, -2ms, {}, false, 5},
+                             Step{{0ms, 0ms, 1ms}, 0ms, {}, true, 0},
+                             Step{{0ms, 0ms, 1ms}, 9ms, {}, true, 0},
+                             Step{{-4ms}, 10ms, {-14ms}, false, 0},
+                             Step{{-4ms}, -4ms, {}, false, 0},
+                             Step{{longest, 3ms}, longest / 2 + 1ms, {}, false, 2},
+                             Step{{-3ms, 1ms}, longest, {}, false, 0},
+                             Step{{-2ms, -2ms}, longest, {-1ms}, false, 0},
+                             Step{{-2ms, -2ms}, 0ms, {}, false, 2},
+                             Step{{-3ms, 1ms}, 0ms, {}, false, 2},
+                             Step{{shortest}, 1ms, {}, false, 2},
+                             Step{{longest}, -1ms, {shortest}, false, 0}}) {
+        for (const bool isCalled : {false, true}) {
+            TimingProfileEmulator emulator;
+            emulator.setProfile(profileOf(step.samples));
+            const FakeClock clock(1ms);
+            isCalled ? emulator("a", step.duration) : emulator.emulateProfile("a", step.duration);
+            const TimingProfile errors = emulator.extractErrorProfile();
+            SCOPED_TRACE(testing::PrintToString(step.samples.front().count()) + ", " +
+                         testing::PrintToString(step.duration.count()));
+            EXPECT_EQ(clock.readings(), step.clockReadings);
+            EXPECT_EQ(errors.samples.count("a"), step.overruns.empty() ? 0U : 1U);
+            EXPECT_EQ(errors.samples.empty() ? Durations() : errors.samples.at("a"), step.overruns);
+            EXPECT_EQ(errors.notes.size(), step.isNoted ? 1U : 0U);
+            EXPECT_EQ(step.isNoted ? errors.notes.at("a") : noData, noData);
+        }
+    }
+}
+
+TEST(TimingProfileEmulator, SleepsNoLessThanTheRestOfTheAverage) {
+    TimingProfileEmulator emulator;
+    emulator.setProfile(profileOf({20ms}));
+    const auto start = std::chrono::steady_clock::now();
+    emulator.emulateProfile("a", 5ms);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 15ms);
+}
+
+TEST(TimingProfileEmulator, GathersErrorsThroughChangesOfProfile) {
+    TimingProfileEmulator emulator;
+    emulator.emulateProfile("a", 1ms);
+    emulator.emulateProfile("a", 2ms);
+    TimingProfile profile = profileOf({10ms});
+    emulator.setProfile(profile);
+    profile.samples.clear();
+    emulator.emulateProfile("a", 12ms);
+    emulator.setProfile({{}, {{"b", {10ms}}}});
+    emulator.emulateProfile("a", 12ms);
+    emulator.emulateProfile("b", 11ms);
+    emulator.emulateProfile("b", 13ms);
+    TimingProfile errors = emulator.extractErrorProfile();
+    EXPECT_EQ(errors.notes.size(), 1U);
+    EXPECT_EQ(errors.samples.at("a"), Durations({-2ms}));
+    EXPECT_EQ(errors.samples.at("b"), Durations({-1ms, -3ms}));
+    errors.samples.clear();
+    EXPECT_EQ(emulator.extractErrorProfile().samples.size(), 2U);
+}
+
+TEST(TimingProfileEmulator, RecordsForAllThreadsAtOnce) {
+    constexpr std::size_t runs = 500;
+    TimingProfileEmulator emulator;
+    emulator.setProfile(profileOf({1ms}));
+    const TimingSampleHandler handler = std::ref(emulator);
+    Threads([&handler] {
+        for (std::size_t run = 0; run < runs; ++run) {
+            handler("a", 2ms);
+            handler("unknown", 2ms);
+        }
+    });
+    const TimingProfile errors = emulator.extractErrorProfile();
+    EXPECT_EQ(errors.samples.at("a"), Durations(Threads::count * runs, -1ms));
+    EXPECT_EQ(errors.notes.size(), 1U);
+}
+
+}  // namespace

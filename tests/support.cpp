@@ -1,0 +1,87 @@
+#include "support.h"
+
+#include <atomic>
+#include <cstdint>
+#include <cstdlib>
+#include <ctime>
+
+namespace {
+
+constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
+
+std::atomic<bool> isClockFake{false};
+std::atomic<std::int64_t> fakeTime{0};
+std::atomic<std::int64_t> fakeTimePerReading{0};
+std::atomic<int> clockReadings{0};
+
+thread_local bool areAllocationsCounted = false;
+thread_local std::size_t allocationCount = 0;
+thread_local std::size_t failingAllocation = 0;
+
+std::int64_t systemTime() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec * nanosecondsPerSecond + now.tv_nsec;
+}
+
+std::int64_t nextFakeTime() {
+    ++clockReadings;
+    return fakeTime += fakeTimePerReading;
+}
+
+}  // namespace
+
+std::chrono::steady_clock::time_point std::chrono::steady_clock::now() noexcept {
+    return time_point(duration(isClockFake ? nextFakeTime() : systemTime()));
+}
+
+FakeClock::FakeClock(std::chrono::nanoseconds perReading) {
+    fakeTime = systemTime();
+    fakeTimePerReading = perReading.count();
+    clockReadings = 0;
+    isClockFake = true;
+}
+
+FakeClock::~FakeClock() {
+    isClockFake = false;
+}
+
+void FakeClock::advance(std::chrono::nanoseconds time) {
+    fakeTime += time.count();
+}
+
+int FakeClock::readings() {
+    return clockReadings;
+}
+
+void* operator new(std::size_t size) {
+    if (areAllocationsCounted && ++allocationCount == failingAllocation) {
+        throw std::bad_alloc();
+    }
+    if (void* const memory = std::malloc(size)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t /*size*/) noexcept {
+    std::free(memory);
+}
+
+Allocations::Allocations(std::size_t failing) {
+    allocationCount = 0;
+    failingAllocation = failing;
+    areAllocationsCounted = true;
+}
+
+Allocations::~Allocations() {
+    areAllocationsCounted = false;
+}
+
+std::size_t Allocations::count() {
+    return allocationCount;
+}
