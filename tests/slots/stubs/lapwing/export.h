@@ -1,0 +1,2 @@
+#pragma once
+#define LAPWING_EXPORT
