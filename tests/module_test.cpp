@@ -17,69 +17,71 @@
 namespace {
 
 using Lines = std::vector<std::string>;
+using Tell = void (*)(const char*);
 
 #ifdef _WIN32
-class Host {
-public:
-    bool load() { return (module = LoadLibraryA(LAPWING_TESTS_HOST)) != nullptr; }
-    bool unload() { return FreeLibrary(module) != 0; }
-    void* find(const char* name) { return reinterpret_cast<void*>(GetProcAddress(module, name)); }
-    static bool isLibraryLoaded() { return GetModuleHandleA(LAPWING_TESTS_LIBRARY) != nullptr; }
-
-private:
-    HMODULE module = nullptr;
-};
+using Module = HMODULE;
+Module load(const char* path) {
+    return LoadLibraryA(path);
+}
+bool unload(Module module) {
+    return FreeLibrary(module) != 0;
+}
+void* find(Module module, const char* name) {
+    return reinterpret_cast<void*>(GetProcAddress(module, name));
+}
+bool isLoaded(const char* path) {
+    return GetModuleHandleA(path) != nullptr;
+}
 #else
-class Host {
-public:
-    bool load() { return (module = dlopen(LAPWING_TESTS_HOST, RTLD_NOW | RTLD_LOCAL)) != nullptr; }
-    bool unload() { return dlclose(module) == 0; }
-    void* find(const char* name) { return dlsym(module, name); }
-    static bool isLibraryLoaded() {
-        void* const library = dlopen(LAPWING_TESTS_LIBRARY, RTLD_NOW | RTLD_NOLOAD);
-        return library != nullptr && dlclose(library) == 0;
-    }
-
-private:
-    void* module = nullptr;
-};
+using Module = void*;
+Module load(const char* path) {
+    return dlopen(path, RTLD_NOW | RTLD_LOCAL);
+}
+bool unload(Module module) {
+    return dlclose(module) == 0;
+}
+void* find(Module module, const char* name) {
+    return dlsym(module, name);
+}
+bool isLoaded(const char* path) {
+    Module const module = dlopen(path, RTLD_NOW | RTLD_NOLOAD);
+    return module != nullptr && unload(module);
+}
 #endif
 
-void start(Host& host, void (*tell)(const char*)) {
-    reinterpret_cast<void (*)(void (*)(const char*))>(host.find("start"))(tell);
-}
-
-void send(Host& host, const char* name) {
-    reinterpret_cast<void (*)(const char*)>(host.find("send"))(name);
-}
-
+Module host;
 Lines told;
+
+void start(Tell tell) {
+    reinterpret_cast<void (*)(Tell)>(find(host, "start"))(tell);
+}
+
+void send(const char* name) {
+    reinterpret_cast<void (*)(const char*)>(find(host, "send"))(name);
+}
 
 TEST(Module, EmptiesTheGlobalHandlerForGoodWhenItIsUnloaded) {
     for (int round = 0; round < 2; ++round) {
         told.clear();
-        Host host;
-        ASSERT_TRUE(host.load());
-        EXPECT_TRUE(Host::isLibraryLoaded());
-        send(host, "Unheard");
-        start(host, [](const char* text) { told.emplace_back(text); });
-        send(host, "Heard");
-        ASSERT_TRUE(host.unload());
-        EXPECT_FALSE(Host::isLibraryLoaded());
-        ASSERT_GE(told.size(), 3U);
-        EXPECT_EQ(told[0], "Heard: Begin");
-        EXPECT_EQ(told[1], "  Heard: still here");
-        EXPECT_EQ(Lines(told.begin() + 3, told.end()),
-                  Lines({"host is gone", "handler is gone", "collected"}));
+        host = load(LAPWING_TESTS_HOST);
+        ASSERT_TRUE(isLoaded(LAPWING_TESTS_LIBRARY));
+        send("Unheard");
+        start([](const char* text) { told.emplace_back(text); });
+        send("Heard");
+        ASSERT_TRUE(unload(host));
+        EXPECT_FALSE(isLoaded(LAPWING_TESTS_LIBRARY));
+        told.at(2).clear();
+        EXPECT_EQ(told, Lines({"Heard: Begin", "  Heard: still here", "", "host is gone",
+                               "handler is gone", "collected"}));
     }
 }
 
 TEST(ModuleDeathTest, LetsAHostExitWithItsHandlerInstalled) {
-    static Host host;
     const auto leave = [] {
-        std::atexit([] { send(host, "Late"); });
-        host.load();
-        start(host, [](const char* text) { std::fprintf(stderr, "%s; ", text); });
+        std::atexit([] { send("Late"); });
+        host = load(LAPWING_TESTS_HOST);
+        start([](const char* text) { std::fprintf(stderr, "%s; ", text); });
         std::exit(0);
     };
     EXPECT_EXIT(leave(), testing::ExitedWithCode(0),

@@ -2,8 +2,10 @@
 
 #include <atomic>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <exception>
 
 namespace {
 
@@ -52,6 +54,13 @@ void FakeClock::advance(std::chrono::nanoseconds time) {
 
 int FakeClock::readings() {
     return clockReadings;
+}
+
+void exitOnTerminate() {
+    std::set_terminate([] {
+        std::fputs("terminated", stderr);
+        std::_Exit(3);
+    });
 }
 
 void* operator new(std::size_t size) {

@@ -6,14 +6,12 @@
 #include <lapwing/instrumentation.h>
 #include <lapwing/settings.h>
 
-#include <array>
 #include <chrono>
 #include <cstddef>
 #include <functional>
 #include <map>
 #include <new>
 #include <string>
-#include <thread>
 #include <variant>
 #include <vector>
 
@@ -25,23 +23,17 @@ public:
     using Value = std::variant<std::wstring, std::string, double, std::int32_t, bool>;
 
     StoringProvider() { install(this); }
-    StoringProvider(const StoringProvider&) = default;
-    StoringProvider& operator=(const StoringProvider&) = default;
     ~StoringProvider() override { install(nullptr); }
 
     static void install(Provider* provider) { setInstance(provider); }
 
-    std::wstring getValue(const char* key, const std::wstring& fallback) const override {
-        return read(key, fallback);
+    std::wstring getValue(const char* k, const std::wstring& v) const override {
+        return read(k, v);
     }
-    std::string getValue(const char* key, const std::string& fallback) const override {
-        return read(key, fallback);
-    }
-    double getValue(const char* key, double fallback) const override { return read(key, fallback); }
-    std::int32_t getValue(const char* key, std::int32_t fallback) const override {
-        return read(key, fallback);
-    }
-    bool getValue(const char* key, bool fallback) const override { return read(key, fallback); }
+    std::string getValue(const char* k, const std::string& v) const override { return read(k, v); }
+    double getValue(const char* k, double v) const override { return read(k, v); }
+    std::int32_t getValue(const char* k, std::int32_t v) const override { return read(k, v); }
+    bool getValue(const char* k, bool v) const override { return read(k, v); }
     bool exists(const char* key) const override {
         called("exists");
         return store.count(key) != 0;
@@ -84,8 +76,6 @@ private:
 class GlobalLog {
 public:
     GlobalLog() { Instrumentation::setGlobalLogMessageHandler(handler()); }
-    GlobalLog(const GlobalLog&) = delete;
-    GlobalLog& operator=(const GlobalLog&) = delete;
     ~GlobalLog() { Instrumentation::setGlobalLogMessageHandler({}); }
 
     LogMessageHandler handler() {
@@ -102,23 +92,18 @@ public:
 // A program's own steady clock and its operator new stand in for the library's only where the
 // library resolves them to the program's: not inside a DLL.
 #ifdef LAPWING_TESTS_USE_A_DLL
-inline constexpr bool substitutesReachLibrary = false;
+#define SKIP_WITHOUT_SUBSTITUTES() GTEST_SKIP() << "runs where the library is built in"
 #else
-inline constexpr bool substitutesReachLibrary = true;
+#define SKIP_WITHOUT_SUBSTITUTES() static_assert(true)
 #endif
 
-#define LAPWING_SKIP_UNLESS_SUBSTITUTES_REACH_LIBRARY()                         \
-    if (!substitutesReachLibrary) {                                             \
-        GTEST_SKIP() << "covered by the program that has the library built in"; \
-    }                                                                           \
-    static_assert(true)
+// Makes std::terminate exit with code 3 and the word "terminated", on every system.
+void exitOnTerminate();
 
 // While it lives, the steady clock stands still but for what moves it here.
 class FakeClock {
 public:
     explicit FakeClock(std::chrono::nanoseconds perReading = {});
-    FakeClock(const FakeClock&) = delete;
-    FakeClock& operator=(const FakeClock&) = delete;
     ~FakeClock();
 
     static void advance(std::chrono::nanoseconds time);
@@ -129,8 +114,6 @@ public:
 class Allocations {
 public:
     explicit Allocations(std::size_t failing = 0);
-    Allocations(const Allocations&) = delete;
-    Allocations& operator=(const Allocations&) = delete;
     ~Allocations();
 
     static std::size_t count();
@@ -150,27 +133,5 @@ inline std::size_t failEachAllocation(const std::function<void()>& action,
         verify();
     }
 }
-
-// Runs `work` on several threads at once; its destructor waits for them.
-class Threads {
-public:
-    static constexpr std::size_t count = 4;
-
-    explicit Threads(const std::function<void()>& work) {
-        for (std::thread& thread : threads) {
-            thread = std::thread(work);
-        }
-    }
-    Threads(const Threads&) = delete;
-    Threads& operator=(const Threads&) = delete;
-    ~Threads() {
-        for (std::thread& thread : threads) {
-            thread.join();
-        }
-    }
-
-private:
-    std::array<std::thread, count> threads;
-};
 
 #endif  // LAPWING_TESTS_SUPPORT_H
