@@ -131,7 +131,7 @@ TEST_F(ClockedInstrumentation, StartsTheNextLapEvenWhereSendingFails) {
     EXPECT_EQ(object.lap("good"), 2ms);
 }
 
-TEST_F(ClockedInstrumentation, NeedsNoMemoryWhenItSendsNothing) {
+TEST_F(ClockedInstrumentation, AllocatesOncePerLineAndNotAtAllWhenItSendsNothing) {
     Instrumentation::setGlobalLogMessageHandler({});
     const Lines items = {longText};
     Lines names = {longText, longText};
@@ -146,6 +146,9 @@ TEST_F(ClockedInstrumentation, NeedsNoMemoryWhenItSendsNothing) {
         object->notes(items, longText);
     }
     EXPECT_EQ(allocations.count(), 0U);
+    Instrumentation heard("N", [](const std::string& /*line*/) {});
+    heard.lap(longText);
+    EXPECT_EQ(allocations.count(), 1U);
 }
 
 TEST(Instrumentation, SendsToItsOwnHandlerElseToTheGlobalOneIfEnabled) {

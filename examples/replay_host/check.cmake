@@ -1,0 +1,77 @@
+# Runs the host, whose command line is the list HOST, over trees that it makes in FOLDER.
+
+function(require_match name stream text pattern)
+    string(REPLACE "\r\n" "\n" text "${text}")
+    if(NOT text MATCHES "${pattern}")
+        message(SEND_ERROR "${name}: ${stream} does not match\n${pattern}\nbut is\n${text}")
+    endif()
+endfunction()
+
+# check(<name> EXIT <code> [OUTPUT <pattern>] [ERROR <pattern>] [ARGUMENTS <argument>...])
+# A stream without a pattern must stay empty.
+function(check name)
+    cmake_parse_arguments(PARSE_ARGV 1 expected "" "EXIT;OUTPUT;ERROR" "ARGUMENTS")
+    execute_process(COMMAND ${HOST} ${expected_ARGUMENTS}
+        RESULT_VARIABLE exit_code OUTPUT_VARIABLE output ERROR_VARIABLE error)
+    if(NOT exit_code STREQUAL expected_EXIT)
+        message(SEND_ERROR "${name}: exit code ${exit_code}, not ${expected_EXIT}")
+    endif()
+    require_match(${name} "standard output" "${output}" "^${expected_OUTPUT}$")
+    require_match(${name} "standard error" "${error}" "^${expected_ERROR}$")
+endfunction()
+
+function(check_refusal name reason)
+    check(${name} EXIT 2 ARGUMENTS ${ARGN}
+        ERROR "replay_host: ${reason}[^\n]*\nTry: replay_host --help\n")
+endfunction()
+
+file(REMOVE_RECURSE ${FOLDER})
+string(REPEAT "lapwing replays, lapwing records\n" 100000 text)
+file(WRITE ${FOLDER}/words/top.txt "${text}")
+file(WRITE ${FOLDER}/words/folder/below/deep.txt "${text}")
+file(WRITE ${FOLDER}/no_words/empty.txt "")
+file(MAKE_DIRECTORY ${FOLDER}/no_files/folder)
+
+set(statistics
+    "[^\n]*: 2 files found, 2 read .6600000 bytes., 0 skipped [^\n]*\n"
+    "800000 words, 3 different, most frequent: lapwing .400000., records .200000., replays [^\n]*\n"
+    "\n")
+set(headings
+    "operation +runs +recorded average +replayed average +difference +overruns +notes\n")
+set(rows "walk the tree [^\n]*\nread the bytes [^\n]*\ncount the words [^\n]*\nsort by [^\n]*\n")
+set(without_data "publish the report +3 +- +[0-9]+ ms +- +0 +no sample data found [^\n]*\n")
+set(ending "\n[^\n]* was made too slow on purpose[.]\n")
+string(CONCAT whole ${statistics} ${headings} ${rows} ${without_data} ${ending})
+check(table EXIT 0 OUTPUT "${whole}" ARGUMENTS ${FOLDER}/words)
+
+# One run of three is at least 20 ms too slow, which is 6 ms on average.
+set(slower "[+]([6-9]|[1-9][0-9]+) ms")
+set(overruns "[1-9] [(][^)]*-([2-9]|[1-9][0-9]+)[0-9] ms[^)]*[)] +-\n")
+check(overrun EXIT 0 OUTPUT ".*\n[a-z ]+3 +[0-9]+ ms +[0-9]+ ms +${slower} +${overruns}.*"
+    ARGUMENTS ${FOLDER}/words)
+
+string(CONCAT log
+    "First pass: Begin\n  walk the tree: Begin\n    walk the tree: note: [^\n]*\n.*"
+    "\nSecond pass: Begin\n  walk the tree: Begin\n    walk the tree: Begin\n.*"
+    "\nSecond pass: End - [0-9]+ ms\n")
+check(log EXIT 0 OUTPUT ".*\nwalk the tree +1 .*" ERROR "${log}"
+    ARGUMENTS --set enableTimingProfileLogging=true --set replay.runs=1 ${FOLDER}/words)
+check(no_words EXIT 0 ARGUMENTS ${FOLDER}/no_words
+    OUTPUT "[^\n]*: 1 files found, 1 read .0 bytes., 0 skipped [^\n]*\n0 words, .*")
+check(help EXIT 0 OUTPUT "Usage: .*" ARGUMENTS ${FOLDER}/missing --help)
+
+check_refusal(no_arguments "no folder given")
+check_refusal(missing_folder "no such folder: \"[^\n]*/missing\"" ${FOLDER}/missing)
+check_refusal(file "not a folder: \"[^\n]*/top.txt\"" ${FOLDER}/words/top.txt)
+check_refusal(no_files "no readable file below \"[^\n]*/no_files\"" ${FOLDER}/no_files)
+check_refusal(two_folders "one folder only, [^\n]*\"two\"" one two)
+check_refusal(unknown_option "unknown option \"--fast\"" --fast ${FOLDER}/words)
+check_refusal(set_alone "--set needs key=value" ${FOLDER}/words --set)
+check_refusal(set_without_value "--set needs key=value, not \"replay.runs\"" --set replay.runs)
+check_refusal(unknown_setting "unknown setting \"runs\"" --set runs=1 ${FOLDER}/words)
+foreach(runs IN ITEMS 0 101 2.5 0x3 99999999999 "")
+    check_refusal(runs_${runs} "setting replay.runs: \"?${runs}\"? is not "
+        --set replay.runs=${runs} ${FOLDER}/words)
+endforeach()
+check_refusal(not_boolean "setting enableTimingProfileLogging: \"yes\" is not true or false"
+    --set enableTimingProfileLogging=yes ${FOLDER}/missing)

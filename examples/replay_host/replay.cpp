@@ -1,0 +1,67 @@
+#include "replay.h"
+
+#include <lapwing/settings.h>
+
+#include <functional>
+#include <numeric>
+#include <thread>
+
+namespace {
+
+constexpr Milliseconds overrun{20};
+
+void doNothing(Instrumentation& /*instrumentation*/) {}
+
+InstrumentedFunction doNothingFor(Milliseconds duration) {
+    return
+        [duration](Instrumentation& /*instrumentation*/) { std::this_thread::sleep_for(duration); };
+}
+
+// The padding happens inside the work that is collected, so it counts as part of it.
+void replayRun(TimingProfileCollector& collector, TimingProfileEmulator& emulator,
+               const std::string& name, const InstrumentedFunction& standIn) {
+    collectTimingProfileSample(std::ref(collector), name, [&](Instrumentation& /*whole*/) {
+        emulateTimingProfile(std::ref(emulator), name, standIn);
+    });
+}
+
+}  // namespace
+
+TimingProfile recordPass(const std::vector<Operation>& operations, std::int32_t runs) {
+    const Instrumentation pass("First pass", DeveloperConfig::enableTimingProfileLogging(), {});
+    TimingProfileCollector collector;
+    for (const Operation& operation : operations) {
+        for (std::int32_t run = 0; run < runs; ++run) {
+            collectTimingProfileSample(std::ref(collector), operation.name, operation.work);
+        }
+    }
+    return collector.extractProfile();
+}
+
+Replay replayPass(const TimingProfile& recorded, const std::vector<std::string>& names,
+                  const std::string& slowName, std::int32_t runs) {
+    const Instrumentation pass("Second pass", DeveloperConfig::enableTimingProfileLogging(), {});
+    const Milliseconds slowAverage = averageOf(recorded, slowName).value_or(Milliseconds::zero());
+    const InstrumentedFunction standIn = doNothing;
+    const InstrumentedFunction slowStandIn = doNothingFor(slowAverage + overrun);
+    TimingProfileCollector collector;
+    TimingProfileEmulator emulator;
+    emulator.setProfile(recorded);
+    for (const std::string& name : names) {
+        for (std::int32_t run = 1; run <= runs; ++run) {
+            const bool isSlow = name == slowName && run == runs;
+            replayRun(collector, emulator, name, isSlow ? slowStandIn : standIn);
+        }
+    }
+    return {collector.extractProfile(), emulator.extractErrorProfile()};
+}
+
+std::optional<Milliseconds> averageOf(const TimingProfile& profile, const std::string& name) {
+    const auto found = profile.samples.find(name);
+    if (found == profile.samples.end()) {
+        return std::nullopt;
+    }
+    const std::vector<Milliseconds>& samples = found->second;
+    const auto sum = std::accumulate(samples.begin(), samples.end(), Milliseconds::zero());
+    return sum / static_cast<Milliseconds::rep>(samples.size());
+}

@@ -1,0 +1,21 @@
+/// @file
+/// What the host prints.
+
+#ifndef REPLAY_HOST_REPORT_H
+#define REPLAY_HOST_REPORT_H
+
+#include "replay.h"
+#include "word_statistics.h"
+
+#include <string>
+#include <vector>
+
+/// Returns lines that tell what the real operations found.
+[[nodiscard]] std::string formatStatistics(const FileTree& tree, const FileContents& contents,
+                                           const WordRanking& ranking);
+
+/// Returns a table with a row for each name, in the order given.
+[[nodiscard]] std::string formatTable(const std::vector<std::string>& names,
+                                      const TimingProfile& recorded, const Replay& replay);
+
+#endif  // REPLAY_HOST_REPORT_H
