@@ -135,20 +135,19 @@ TEST_F(ClockedInstrumentation, AllocatesOncePerLineAndNotAtAllWhenItSendsNothing
     Instrumentation::setGlobalLogMessageHandler({});
     const Lines items = {longText};
     Lines names = {longText, longText};
-    LogMessageHandler handler = [padding = longText](const std::string& /*line*/) {};
-    const Allocations allocations;
-    Instrumentation disabled(std::move(names[0]), false, std::move(handler));
-    Instrumentation unheard(std::move(names[1]));
-    for (Instrumentation* const object : {&disabled, &unheard}) {
-        object->lap(longText);
-        object->note(longText);
-        object->notes(items);
-        object->notes(items, longText);
-    }
-    EXPECT_EQ(allocations.count(), 0U);
+    LogMessageHandler unused = [padding = longText](const std::string& /*line*/) {};
+    const auto sendNothing = [&] {
+        Instrumentation disabled(std::move(names[0]), false, std::move(unused));
+        Instrumentation unheard(std::move(names[1]));
+        for (Instrumentation* const object : {&disabled, &unheard}) {
+            object->lap(longText);
+            object->note(longText);
+            object->notes(items, longText);
+        }
+    };
+    EXPECT_EQ(countAllocations(sendNothing), 0U);
     Instrumentation heard("N", [](const std::string& /*line*/) {});
-    heard.lap(longText);
-    EXPECT_EQ(allocations.count(), 1U);
+    EXPECT_EQ(countAllocations([&] { heard.lap(longText); }), 1U);
 }
 
 TEST(Instrumentation, SendsToItsOwnHandlerElseToTheGlobalOneIfEnabled) {

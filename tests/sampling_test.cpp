@@ -55,9 +55,9 @@ struct Sampling : testing::Test {
             clock.advance(85ms);
         };
     }
-    void run(Entry entry) {
+    void run(Entry entry, bool logging = true) {
         events.clear();
-        call(entry, handler("collect"), handler("emulate"), true, [this](Instrumentation&) {
+        call(entry, handler("collect"), handler("emulate"), logging, [this](Instrumentation&) {
             reach("work");
             clock.advance(15ms);
         });
@@ -142,52 +142,32 @@ TEST_F(Sampling, LogsIfTheSettingOrTheFlagSaysSoAndAlwaysReadsTheSetting) {
     }
 }
 
-TEST_F(Sampling, RunsTheWorkWithoutHandlersAndTheirLaps) {
-    for (const Entry entry : allEntries) {
-        events.clear();
-        call(entry, {}, {}, false, [](Instrumentation& object) { object.note("inside"); });
-        ASSERT_EQ(events.size(), 4U);
-        EXPECT_EQ(events[1], "  Load: inside");
-    }
-}
-
-TEST_F(Sampling, CollectsEmptyWorkAsAFailedRun) {
+TEST_F(Sampling, FailsWithEmptyWorkAndWithASettingThatCannotBeRead) {
+    provider.store["enableTimingProfileLogging"] = false;
     for (const Entry entry : allEntries) {
         events.clear();
         EXPECT_THROW(call(entry, handler("collect"), handler("emulate"), false, {}),
                      std::bad_function_call);
-        EXPECT_EQ(std::count(events.begin(), events.end(), "collect Load 0"),
-                  entry == Entry::emulate ? 0 : 1);
-        EXPECT_EQ(std::count(events.begin(), events.end(), "emulate Load 0"), 0);
+        EXPECT_EQ(events, entry == Entry::emulate ? Lines() : Lines({"collect Load 0"}));
     }
-}
-
-TEST_F(Sampling, DoesNothingWhenTheSettingCannotBeRead) {
     provider.onCall = [] { throw std::runtime_error("store is gone"); };
     for (const Entry entry : allEntries) {
-        EXPECT_THROW(run(entry), std::runtime_error);
+        EXPECT_THROW(run(entry, false), std::runtime_error);
         EXPECT_EQ(events, Lines());
     }
 }
 
 TEST_F(SamplingInTime, CollectsEachRunOnceThoughMemoryRunsOut) {
     Instrumentation::setGlobalLogMessageHandler({});
-    std::size_t runs = 0;
     std::vector<Milliseconds> collected;
     collected.reserve(100);
-    const TimingSampleHandler collect = [&collected](const std::string&, Milliseconds duration) {
-        collected.push_back(duration);
-    };
-    const auto sample = [&] {
-        collectTimingProfileSample(collect, std::string(100, 'n'), [&](Instrumentation&) {
-            ++runs;
-            clock.advance(15ms);
-        });
-    };
-    failEachAllocation(sample, [&] { EXPECT_EQ(collected, std::vector<Milliseconds>(runs)); });
+    std::size_t runs = 0;
+    const auto collect = [&](const std::string&, Milliseconds time) { collected.push_back(time); };
+    const auto work = [&](Instrumentation&) { clock.advance(std::chrono::milliseconds(++runs)); };
+    failEachAllocation([&] { collectTimingProfileSample(collect, std::string(100, 'n'), work); },
+                       [&] { EXPECT_EQ(collected, std::vector<Milliseconds>(runs)); });
     EXPECT_GE(runs, 2U);
-    EXPECT_EQ(collected.size(), runs);
-    EXPECT_EQ(collected.back(), 15ms);
+    EXPECT_EQ(collected.back(), Milliseconds(runs));
 }
 
 TEST(SamplingDeathTest, EndsTheProcessWhenAFailedRunCannotBeCollected) {

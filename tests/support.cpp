@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <exception>
+#include <new>
 
 namespace {
 
@@ -81,16 +82,25 @@ void operator delete(void* memory, std::size_t /*size*/) noexcept {
     std::free(memory);
 }
 
-Allocations::Allocations(std::size_t failing) {
+std::size_t countAllocations(const std::function<void()>& action, std::size_t failing) {
+    struct Counting {
+        ~Counting() { areAllocationsCounted = false; }
+    } const counting;
     allocationCount = 0;
     failingAllocation = failing;
     areAllocationsCounted = true;
-}
-
-Allocations::~Allocations() {
-    areAllocationsCounted = false;
-}
-
-std::size_t Allocations::count() {
+    action();
     return allocationCount;
+}
+
+std::size_t failEachAllocation(const std::function<void()>& action,
+                               const std::function<void()>& verify) {
+    for (std::size_t failing = 1;; ++failing) {
+        try {
+            countAllocations(action, failing);
+            return failing - 1;
+        } catch (const std::bad_alloc&) {
+        }
+        verify();
+    }
 }

@@ -10,7 +10,6 @@
 #include <cstddef>
 #include <functional>
 #include <map>
-#include <new>
 #include <string>
 #include <variant>
 #include <vector>
@@ -110,28 +109,12 @@ public:
     static int readings();
 };
 
-// While it lives, this thread's allocations are counted, and the one of the given number fails.
-class Allocations {
-public:
-    explicit Allocations(std::size_t failing = 0);
-    ~Allocations();
-
-    static std::size_t count();
-};
+// Returns how many allocations `action` makes on this thread; the one numbered `failing` fails.
+std::size_t countAllocations(const std::function<void()>& action, std::size_t failing = 0);
 
 // Runs `action` again and again, its first allocation failing, then its second and so on until
 // none does; `verify` sees what each failure left. Returns how many failed.
-inline std::size_t failEachAllocation(const std::function<void()>& action,
-                                      const std::function<void()>& verify) {
-    for (std::size_t failing = 1;; ++failing) {
-        try {
-            const Allocations allocations(failing);
-            action();
-            return failing - 1;
-        } catch (const std::bad_alloc&) {
-        }
-        verify();
-    }
-}
+std::size_t failEachAllocation(const std::function<void()>& action,
+                               const std::function<void()>& verify);
 
 #endif  // LAPWING_TESTS_SUPPORT_H
