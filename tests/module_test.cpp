@@ -18,7 +18,10 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
+// Windows ends a program's own objects before those of its modules, whenever they were made.
 #ifdef _WIN32
+constexpr bool isProgramLeftFirst = true;
+
 class Host {
 public:
     bool load() { return (module = LoadLibraryA(LAPWING_TESTS_HOST)) != nullptr; }
@@ -30,6 +33,8 @@ private:
     HMODULE module = nullptr;
 };
 #else
+constexpr bool isProgramLeftFirst = false;
+
 class Host {
 public:
     bool load() { return (module = dlopen(LAPWING_TESTS_HOST, RTLD_NOW | RTLD_LOCAL)) != nullptr; }
@@ -82,8 +87,9 @@ TEST(ModuleDeathTest, LetsAHostExitWithItsHandlerInstalled) {
         start(host, [](const char* text) { std::fprintf(stderr, "%s; ", text); });
         std::exit(0);
     };
+    const std::string heard = isProgramLeftFirst ? "Late: Begin; .* ms; " : "";
     EXPECT_EXIT(leave(), testing::ExitedWithCode(0),
-                "^host is gone; handler is gone; collected; $");
+                "^" + heard + "host is gone; handler is gone; collected; $");
 }
 
 }  // namespace
