@@ -159,6 +159,8 @@ private:
 /// Collects a sample of the work.
 LAPWING_EXPORT void collectTimingProfileSample(TimingSampleHandler collect, const std::string& name,
                                                bool logging, InstrumentedFunction work);
+
+/// Same, logging only if the setting says so.
 LAPWING_EXPORT void collectTimingProfileSample(TimingSampleHandler collect, const std::string& name,
                                                InstrumentedFunction work);
 
@@ -167,6 +169,8 @@ LAPWING_EXPORT void collectTimingProfileSampleAndEmulate(TimingSampleHandler col
                                                          TimingSampleHandler emulate,
                                                          const std::string& name, bool logging,
                                                          InstrumentedFunction work);
+
+/// Same, logging only if the setting says so.
 LAPWING_EXPORT void collectTimingProfileSampleAndEmulate(TimingSampleHandler collect,
                                                          TimingSampleHandler emulate,
                                                          const std::string& name,
