@@ -137,7 +137,7 @@ private:
     TimingProfileCollector errorCollector;
 };
 
-/// @name Timing one run of work
+/// @defgroup timing Timing one run of work
 ///
 /// Each of these runs `work` once on the calling thread, with an Instrumentation called `name`,
 /// and hands the name and the time that the work took to its handlers, `collect` first. The time
