@@ -38,7 +38,7 @@ public:
     Log& operator=(const Log&) = delete;
     ~Log() { Instrumentation::setGlobalLogMessageHandler({}); }
 
-    int lineCount() const { return count; }
+    [[nodiscard]] int lineCount() const { return count; }
 
 private:
     void receive(const std::string& /*line*/) {
