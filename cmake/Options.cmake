@@ -17,5 +17,5 @@ endif()
 option(LAPWING_WARNINGS_AS_ERRORS "Stop at warnings" OFF)
 add_library(lapwing_warnings INTERFACE)
 target_compile_options(lapwing_warnings INTERFACE
-    $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-Wall;-Wextra;-Wpedantic;-Wconversion;-Wshadow;$<$<BOOL:${LAPWING_WARNINGS_AS_ERRORS}>:-Werror>>
-    $<$<CXX_COMPILER_ID:MSVC>:/W4;/permissive-;$<$<BOOL:${LAPWING_WARNINGS_AS_ERRORS}>:/WX>>)
+    $<$<COMPILE_LANG_AND_ID:CXX,GNU,Clang,AppleClang>:-Wall;-Wextra;-Wpedantic;-Wconversion;-Wshadow;$<$<BOOL:${LAPWING_WARNINGS_AS_ERRORS}>:-Werror>>
+    $<$<COMPILE_LANG_AND_ID:CXX,MSVC>:/W4;/permissive-;$<$<BOOL:${LAPWING_WARNINGS_AS_ERRORS}>:/WX>>)

@@ -260,4 +260,20 @@ TEST(InstrumentationDeathTest, CountsAnObjectWhoseBeginFailed) {
     EXPECT_EXIT(fail(), testing::ExitedWithCode(0), "<  N: Begin><  N: End - 0 ms>");
 }
 
+TEST(InstrumentationDeathTest, LetsAHostExitWithEverythingInstalled) {
+    const auto leave = [] {
+        std::shared_ptr<void> state(nullptr,
+                                    [](void*) { std::fputs("handler is gone; ", stderr); });
+        Instrumentation::setGlobalLogMessageHandler(
+            [state = std::move(state)](const std::string& line) {
+                std::fprintf(stderr, "%s; ", line.c_str());
+            });
+        new StoringProvider;
+        std::atexit([] { Instrumentation("Late", true, {}); });
+        std::exit(0);
+    };
+    EXPECT_EXIT(leave(), testing::ExitedWithCode(0),
+                "^Late: Begin; Late: End - .* ms; handler is gone; $");
+}
+
 }  // namespace

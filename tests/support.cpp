@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
-
 std::atomic<bool> isClockFake{false};
 std::atomic<std::int64_t> fakeTime{0};
 std::atomic<std::int64_t> fakeTimePerReading{0};
@@ -21,22 +19,32 @@ thread_local bool areAllocationsCounted = false;
 thread_local std::size_t allocationCount = 0;
 thread_local std::size_t failingAllocation = 0;
 
-std::int64_t systemTime() {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return now.tv_sec * nanosecondsPerSecond + now.tv_nsec;
-}
-
 std::int64_t nextFakeTime() {
     ++clockReadings;
     return fakeTime += fakeTimePerReading;
 }
 
+#ifdef _MSC_VER
+// Microsoft's steady clock is inline: nothing can stand in for it.
+std::int64_t systemTime() {
+    return 0;
+}
+#else
+std::int64_t systemTime() {
+    constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec * nanosecondsPerSecond + now.tv_nsec;
+}
+#endif
+
 }  // namespace
 
+#ifndef _MSC_VER
 std::chrono::steady_clock::time_point std::chrono::steady_clock::now() noexcept {
     return time_point(duration(isClockFake ? nextFakeTime() : systemTime()));
 }
+#endif
 
 FakeClock::FakeClock(std::chrono::nanoseconds perReading) {
     fakeTime = systemTime();

@@ -30,6 +30,7 @@
 #include <string>
 #include <type_traits>
 
+/// Settings that a program reads.
 namespace DeveloperSettings {
 
 /// Where setting values come from. A host derives a class, overrides what it supports and installs
@@ -47,8 +48,10 @@ namespace DeveloperSettings {
 class LAPWING_EXPORT Provider {
 public:
     /// Copying a provider copies nothing and installs nothing.
+    /// @{
     Provider(const Provider& other) noexcept;
     Provider& operator=(const Provider& other) noexcept;
+    /// @}
 
     // The order of these members fixes their slots in the table of virtual functions, which hosts
     // are compiled against: wide string, narrow string, double, integer, bool. The Itanium ABI
@@ -69,7 +72,6 @@ public:
     virtual void setValue(const char* key, const std::string& value);
     virtual void setValue(const char* key, const std::wstring& value);
 #else
-    /// @name Reading
     /// Returns the value stored under `key`, or `fallback` when there is none. The fallback is the
     /// setting's default, made for this read.
     /// @{
@@ -83,7 +85,6 @@ public:
     /// Returns whether a value is stored under `key`. The base class says false.
     virtual bool exists(const char* key) const;
 
-    /// @name Writing
     /// Stores `value` under `key`. The base class drops it.
     /// @{
     virtual void setValue(const char* key, const std::wstring& value);
@@ -124,9 +125,6 @@ inline constexpr bool isSettingType =
 
 /// A setting that is read: a key and where its default comes from. It holds no value.
 ///
-/// Copies share the key's text. Moving leaves the source without a default, whatever the standard
-/// library does with its callables.
-///
 /// Thread safety: one object may be read by any number of threads at once, if its default and the
 /// provider may; assigning to it meanwhile is a data race.
 template <class V>
@@ -144,10 +142,14 @@ struct Setting {
     /// A setting that defaults to false, 0, 0.0 or an empty string.
     LAPWING_EXPORT explicit Setting(const char* key);
 
+    /// Copies share the key's text. Moving leaves the source without a default, whatever the
+    /// standard library does with its callables.
+    /// @{
     Setting(const Setting&) = default;
     LAPWING_EXPORT Setting(Setting&& other) noexcept;
     Setting& operator=(const Setting&) = default;
     LAPWING_EXPORT Setting& operator=(Setting&& other) noexcept;
+    /// @}
     ~Setting() = default;
 
     /// Returns what the installed provider answers for the key and the default, or the default
@@ -163,17 +165,22 @@ struct Setting {
     [[nodiscard]] LAPWING_EXPORT bool hasValue() const;
 
 protected:
+    /// A setting that defaults to what `makeDefault` returns on each read.
     LAPWING_EXPORT Setting(const char* key, DefaultValueFunction<V> makeDefault);
 };
 
+/// A setting of one of the five types.
+/// @{
 using Boolean = Setting<bool>;
 using Integer = Setting<std::int32_t>;
 using Double = Setting<double>;
 using String = Setting<std::string>;
 using WString = Setting<std::wstring>;
+/// @}
 
 }  // namespace DeveloperSettings
 
+/// Settings that a program also writes.
 namespace DeveloperConfig {
 
 /// How a setting's value is handed over: strings by reference, the rest by value.
@@ -199,11 +206,14 @@ struct Item : DeveloperSettings::Setting<V> {
     LAPWING_EXPORT void clear();
 };
 
+/// A writable setting of one of the five types.
+/// @{
 using Boolean = Item<bool>;
 using Integer = Item<std::int32_t>;
 using Double = Item<double>;
 using String = Item<std::string>;
 using WString = Item<std::wstring>;
+/// @}
 
 }  // namespace DeveloperConfig
 

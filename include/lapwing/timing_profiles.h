@@ -137,7 +137,7 @@ private:
     TimingProfileCollector errorCollector;
 };
 
-/// @name Timing one run of work
+/// @defgroup timing Timing one run of work
 ///
 /// Each of these runs `work` once on the calling thread, with an Instrumentation called `name`,
 /// and hands the name and the time that the work took to its handlers, `collect` first. The time
@@ -159,6 +159,8 @@ private:
 /// Collects a sample of the work.
 LAPWING_EXPORT void collectTimingProfileSample(TimingSampleHandler collect, const std::string& name,
                                                bool logging, InstrumentedFunction work);
+
+/// Same, logging only if the setting says so.
 LAPWING_EXPORT void collectTimingProfileSample(TimingSampleHandler collect, const std::string& name,
                                                InstrumentedFunction work);
 
@@ -167,6 +169,8 @@ LAPWING_EXPORT void collectTimingProfileSampleAndEmulate(TimingSampleHandler col
                                                          TimingSampleHandler emulate,
                                                          const std::string& name, bool logging,
                                                          InstrumentedFunction work);
+
+/// Same, logging only if the setting says so.
 LAPWING_EXPORT void collectTimingProfileSampleAndEmulate(TimingSampleHandler collect,
                                                          TimingSampleHandler emulate,
                                                          const std::string& name,

@@ -7,6 +7,23 @@
 
 using lapwing::installedProvider;
 
+namespace {
+
+// Lambdas of the exported members would take their names from them, and what the standard library
+// makes of such lambdas would be exported too.
+
+template <class V>
+V zero() {
+    return V();
+}
+
+template <class V>
+DeveloperSettings::DefaultValueFunction<V> always(V value) {
+    return [value = std::move(value)] { return value; };
+}
+
+}  // namespace
+
 namespace DeveloperSettings {
 
 Provider::Provider() noexcept = default;
@@ -51,7 +68,7 @@ void Provider::setInstance(Provider* provider) noexcept {
 }
 
 template <class V>
-Setting<V>::Setting(const char* key) : Setting(key, [] { return V(); }) {}
+Setting<V>::Setting(const char* key) : Setting(key, zero<V>) {}
 
 template <class V>
 Setting<V>::Setting(const char* key, DefaultValueFunction<V> makeDefault)
@@ -97,7 +114,7 @@ namespace DeveloperConfig {
 
 template <class V>
 Item<V>::Item(const char* key, Parameter<V> fallback)
-    : DeveloperSettings::Setting<V>(key, [fallback = V(fallback)] { return fallback; }) {}
+    : DeveloperSettings::Setting<V>(key, always<V>(fallback)) {}
 
 template <class V>
 void Item<V>::set(Parameter<V> value) {

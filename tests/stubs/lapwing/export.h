@@ -1,2 +1,4 @@
 #pragma once
+#ifndef LAPWING_EXPORT
 #define LAPWING_EXPORT
+#endif
