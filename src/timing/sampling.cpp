@@ -31,7 +31,7 @@ Milliseconds timeSampleFunction(InstrumentedFunction work, Instrumentation& inst
     work(instrumentation);
     const Milliseconds duration = instrumentation.elapsed();
     instrumentation.note("note: executing timing profile sample fn took - " +
-                         std::to_string(duration.count()) + "ms");
+                         (std::to_string(duration.count()) + "ms"));
     return duration;
 }
 
