@@ -18,8 +18,9 @@ import subprocess
 import sys
 from pathlib import Path
 
-REPETITIONS = 21
-SECONDS_PER_REPETITION = 0.05
+ROUNDS = 7
+REPETITIONS = 15
+SECONDS_PER_REPETITION = 0.02
 MILLISECONDS_PER_REPLAY = 4000
 GROWTHS = {
     "samples under one name": ("samples", "cost per sample (ns)", "bytes per sample"),
@@ -32,16 +33,26 @@ def output_of(command):
     return subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True).stdout
 
 
-def run_benchmarks(folder, brief):
-    repetitions = 1 if brief else REPETITIONS
-    seconds = 0.0001 if brief else SECONDS_PER_REPETITION
+# One process for each row and round, short enough for the machine to be the same for all sides.
+def run_row(program, row, brief):
     return json.loads(output_of([
-        folder / "lapwing_bench",
+        program,
+        f"--benchmark_filter=^{row}/",
         "--benchmark_format=json",
-        f"--benchmark_repetitions={repetitions}",
-        f"--benchmark_min_time={seconds}",
+        f"--benchmark_repetitions={1 if brief else REPETITIONS}",
+        f"--benchmark_min_time={0.0001 if brief else SECONDS_PER_REPETITION}",
         "--benchmark_enable_random_interleaving=true",
     ]))
+
+
+def run_benchmarks(program, brief):
+    listed = output_of([program, "--benchmark_list_tests"]).splitlines()
+    names = dict.fromkeys(line.split("/")[0] for line in listed)
+    rounds = []
+    for number in range(1 if brief else ROUNDS):
+        print(f"round {number + 1}", file=sys.stderr)
+        rounds.append({name: run_row(program, name, brief) for name in names})
+    return rounds
 
 
 def run_replay(folder, brief):
@@ -55,49 +66,57 @@ def nanoseconds(run):
     return run["real_time" if run["threads"] > 1 else "cpu_time"]
 
 
-def by_name_and_side(runs):
-    found = {}
-    for run in sorted(runs, key=lambda run: run["family_index"]):
+# The median time of each side, and of each size of each side where the row grows.
+def medians_of(output):
+    times = {}
+    for run in output["benchmarks"]:
         if run["run_type"] == "iteration":
-            name, side, *rest = run["run_name"].split("/")
-            size = int(rest[0]) if name in GROWTHS else None
-            found.setdefault((name, side, size), []).append(run)
-    return found
+            _, side, *rest = run["run_name"].split("/")
+            items = run.get("items_per_second")
+            key = (side, int(rest[0])) if items else side
+            times.setdefault(key, []).append(1e9 / items if items else nanoseconds(run))
+    return {key: statistics.median(values) for key, values in times.items()}
 
 
-def median_time(runs):
-    return statistics.median(nanoseconds(run) for run in runs)
+# Sides are compared within each round: the machine may be another in the next.
+def over_rounds(rounds, figure):
+    return statistics.median(map(figure, rounds))
 
 
-def peers_of(name, context, runs, lapwing):
-    prefix = f"{name}/peer/"
-    for key in (key for key in context if key.startswith(prefix)):
-        peer, wanted = key[len(prefix):], float(context[key])
-        times = runs.get((name, peer, None))
-        faster = median_time(times) / lapwing if times else None
-        yield {"name": peer, "times_faster": faster, "wanted": wanted,
-               "holds": None if faster is None or wanted == 0 else faster >= wanted}
+def row_of(name, context, rounds):
+    def value(key):
+        return context[f"{name}/{key}"]
+
+    def time(side):
+        return over_rounds(rounds, lambda times: times[side])
+
+    def ratio(above, below):
+        return over_rounds(rounds, lambda times: times[above] / times[below])
+
+    def peer_of(peer):
+        wanted = float(value(f"peer/{peer}"))
+        faster = ratio(peer, "lapwing") if peer in rounds[0] else None
+        return {"name": peer, "times_faster": faster, "wanted": wanted,
+                "holds": None if faster is None or not wanted else faster >= wanted}
+
+    bound = float(value("times floor"))
+    peers = [key.split("/")[2] for key in context if key.startswith(f"{name}/peer/")]
+    return {"name": name, "lapwing_ns": time("lapwing"), "floor_ns": time("floor"),
+            "ratio": ratio("lapwing", "floor"), "bound": bound,
+            "holds": ratio("lapwing", "floor") <= bound,
+            "floor_does": value("floor does"), "peers": list(map(peer_of, peers))}
 
 
-def rows_of(context, runs):
-    for name in dict.fromkeys(name for name, _, size in runs if size is None):
-        lapwing, floor = (median_time(runs[name, side, None]) for side in SIDES)
-        bound = float(context[f"{name}/times floor"])
-        yield {"name": name, "lapwing_ns": lapwing, "floor_ns": floor, "ratio": lapwing / floor,
-               "bound": bound, "holds": lapwing / floor <= bound,
-               "floor_does": context[f"{name}/floor does"],
-               "peers": list(peers_of(name, context, runs, lapwing))}
+def bytes_of(output):
+    return {run["run_name"].split("/")[2]: run["bytes per item"]
+            for run in output["benchmarks"] if "bytes per item" in run}
 
 
-def growths_of(runs):
-    growths = {}
-    for (name, side, size), measured in runs.items():
-        if size is not None:
-            point = growths.setdefault(name, {}).setdefault(size, {})
-            point[side] = statistics.median(1e9 / run["items_per_second"] for run in measured)
-            if "bytes per item" in measured[0]:
-                point["bytes"] = measured[0]["bytes per item"]
-    return growths
+def growth_of(output, rounds):
+    sizes = bytes_of(output)
+    return [{"size": size, "bytes": sizes.get(str(size)),
+             **{side: over_rounds(rounds, lambda times: times[side, size]) for side in SIDES}}
+            for _, size in (key for key in rounds[0] if key[0] == SIDES[0])]
 
 
 def quantile(ordered, share):
@@ -143,13 +162,14 @@ def first_match(file, pattern):
 
 
 def measure(folder, brief):
-    output = run_benchmarks(folder, brief)
-    runs = by_name_and_side(output["benchmarks"])
+    rounds = run_benchmarks(folder / "lapwing_bench", brief)
+    context = next(iter(rounds[0].values()))["context"]
+    medians = {name: [medians_of(outputs[name]) for outputs in rounds] for name in rounds[0]}
     kinds = run_replay(folder, brief)
     return {
-        "machine": machine_of(output["context"]),
-        "rows": list(rows_of(output["context"], runs)),
-        "growth": growths_of(runs),
+        "machine": machine_of(context),
+        "rows": [row_of(name, context, medians[name]) for name in medians if name not in GROWTHS],
+        "growth": {name: growth_of(rounds[0][name], medians[name]) for name in GROWTHS},
         "replay": [replay_of(kind) for kind in kinds],
         "replay_together": {load: together(kinds, load) for load in ("idle", "busy")},
     }
@@ -196,9 +216,8 @@ def floors_table(rows):
 def growth_table(name, points):
     head, cost, size = GROWTHS[name]
     return table([head, cost, "the floor's"] + ([size] if size else []),
-                 [[f"{count:,}", *(f"{point[side]:.1f}" for side in SIDES)] +
-                  ([f"{point['bytes']:.1f}"] if size else [])
-                  for count, point in sorted(points.items())])
+                 [[f"{point['size']:,}", *(f"{point[side]:.1f}" for side in SIDES)] +
+                  ([f"{point['bytes']:.1f}"] if size else []) for point in points])
 
 
 def late_cells(kind):
@@ -253,7 +272,7 @@ def write_markdown(file, sections):
 
 def plot_script(name, points, file):
     count, cost, _ = GROWTHS[name]
-    lines = [f"{size} {point['lapwing']} {point['floor']}" for size, point in sorted(points.items())]
+    lines = [f"{point['size']} {point['lapwing']} {point['floor']}" for point in points]
     return "\n".join([
         "set terminal svg size 720,400 font 'sans-serif,13' background 'white'",
         f"set output '{file}'", f"set xlabel '{count}'", f"set ylabel '{cost}'",
