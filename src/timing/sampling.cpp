@@ -30,8 +30,8 @@ bool decideLogging(bool logging) {
 Milliseconds timeSampleFunction(InstrumentedFunction work, Instrumentation& instrumentation) {
     work(instrumentation);
     const Milliseconds duration = instrumentation.elapsed();
-    instrumentation.note("note: executing timing profile sample fn took - " +
-                         (std::to_string(duration.count()) + "ms"));
+    const std::string length = std::to_string(duration.count()) + "ms";
+    instrumentation.note("note: executing timing profile sample fn took - " + length);
     return duration;
 }
 
