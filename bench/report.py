@@ -150,7 +150,7 @@ def machine_of(context):
         "system": first_match("/etc/os-release", r'PRETTY_NAME="(.*)"') or platform.system(),
         "kernel": f"{platform.system()} {platform.release().split('-')[0]}",
         "compiler": context["compiler"],
-        "build": context["build"],
+        "build": context["build"].strip(),
     }
 
 
@@ -243,7 +243,7 @@ def together_table(loads):
 
 
 def machine_text(machine):
-    return ("{processor}, {cores} cores; {system}, {kernel}; {compiler}, {build} build; {date}."
+    return ("{processor}, {cores} cores; {system}, {kernel}; {compiler}, {build}; {date}."
             .format(**machine))
 
 
