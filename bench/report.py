@@ -20,6 +20,7 @@ from pathlib import Path
 
 ROUNDS = 7
 REPETITIONS = 15
+REPETITIONS_OF_GROWTH = 3
 SECONDS_PER_REPETITION = 0.02
 MILLISECONDS_PER_REPLAY = 4000
 GROWTHS = {
@@ -35,11 +36,12 @@ def output_of(command):
 
 # One process for each row and round, short enough for the machine to be the same for all sides.
 def run_row(program, row, brief):
+    repetitions = 1 if brief else REPETITIONS_OF_GROWTH if row in GROWTHS else REPETITIONS
     return json.loads(output_of([
         program,
         f"--benchmark_filter=^{row}/",
         "--benchmark_format=json",
-        f"--benchmark_repetitions={1 if brief else REPETITIONS}",
+        f"--benchmark_repetitions={repetitions}",
         f"--benchmark_min_time={0.0001 if brief else SECONDS_PER_REPETITION}",
         "--benchmark_enable_random_interleaving=true",
     ]))
@@ -116,7 +118,7 @@ def growth_of(output, rounds):
     sizes = bytes_of(output)
     return [{"size": size, "bytes": sizes.get(str(size)),
              **{side: over_rounds(rounds, lambda times: times[side, size]) for side in SIDES}}
-            for _, size in (key for key in rounds[0] if key[0] == SIDES[0])]
+            for size in sorted(size for side, size in rounds[0] if side == SIDES[0])]
 
 
 def quantile(ordered, share):
