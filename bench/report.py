@@ -111,7 +111,8 @@ def row_of(name, context, rounds):
 
 def bytes_of(output):
     return {run["run_name"].split("/")[2]: run["bytes per item"]
-            for run in output["benchmarks"] if "bytes per item" in run}
+            for run in output["benchmarks"]
+            if run["run_type"] == "iteration" and "bytes per item" in run}
 
 
 def growth_of(output, rounds):
