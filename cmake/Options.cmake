@@ -1,5 +1,6 @@
 # Everything but the library is for those who work on it, not for projects that include it.
 option(LAPWING_BUILD_EXAMPLES "Build the example hosts" ${PROJECT_IS_TOP_LEVEL})
+option(LAPWING_BUILD_BENCHMARKS "Build the benchmarks" ${PROJECT_IS_TOP_LEVEL})
 set(LAPWING_BUILD_TESTS OFF)
 if(PROJECT_IS_TOP_LEVEL AND BUILD_TESTING)
     set(LAPWING_BUILD_TESTS ON)

@@ -18,7 +18,7 @@ std::uint64_t bits(std::int64_t count) {
 
 Milliseconds averageSampleTime(const std::vector<Milliseconds>& samples) {
     std::uint64_t sum = 0;
-    for (const Milliseconds sample : samples) {
+    for (const Milliseconds& sample : samples) {
         sum += bits(sample.count());
     }
     return Milliseconds(static_cast<Milliseconds::rep>(sum / samples.size()));

@@ -30,13 +30,13 @@ bool decideLogging(bool logging) {
 Milliseconds timeSampleFunction(InstrumentedFunction work, Instrumentation& instrumentation) {
     work(instrumentation);
     const Milliseconds duration = instrumentation.elapsed();
-    instrumentation.note("note: executing timing profile sample fn took - " +
-                         std::to_string(duration.count()) + "ms");
+    const std::string length = std::to_string(duration.count()) + "ms";
+    instrumentation.note("note: executing timing profile sample fn took - " + length);
     return duration;
 }
 
 Milliseconds collectTimedSample(TimingSampleHandler collect, const std::string& name,
-                                InstrumentedFunction work, Instrumentation& instrumentation) {
+                                InstrumentedFunction&& work, Instrumentation& instrumentation) {
     const std::string label = "about to augment timing profile sample";
     Milliseconds duration = Milliseconds::zero();
     const ScopeExit handOver([&] {
@@ -57,24 +57,15 @@ void emulateTimedSample(TimingSampleHandler emulate, const std::string& name, Mi
     }
 }
 
-}  // namespace
-
-void collectTimingProfileSample(TimingSampleHandler collect, const std::string& name, bool logging,
-                                InstrumentedFunction work) {
+void collectOnly(TimingSampleHandler&& collect, const std::string& name, bool logging,
+                 InstrumentedFunction&& work) {
     const bool enabled = decideLogging(logging);
     Instrumentation instrumentation(name, enabled, {});
     collectTimedSample(std::move(collect), name, std::move(work), instrumentation);
 }
 
-void collectTimingProfileSample(TimingSampleHandler collect, const std::string& name,
-                                InstrumentedFunction work) {
-    collectTimingProfileSample(std::move(collect), name, lapwing::enableTimingProfileLogging(),
-                               std::move(work));
-}
-
-void collectTimingProfileSampleAndEmulate(TimingSampleHandler collect, TimingSampleHandler emulate,
-                                          const std::string& name, bool logging,
-                                          InstrumentedFunction work) {
+void collectAndEmulate(TimingSampleHandler&& collect, TimingSampleHandler&& emulate,
+                       const std::string& name, bool logging, InstrumentedFunction&& work) {
     const bool enabled = decideLogging(logging);
     Instrumentation instrumentation(name, enabled, {});
     const Milliseconds duration =
@@ -82,10 +73,28 @@ void collectTimingProfileSampleAndEmulate(TimingSampleHandler collect, TimingSam
     emulateTimedSample(std::move(emulate), name, duration, instrumentation);
 }
 
+}  // namespace
+
+void collectTimingProfileSample(TimingSampleHandler collect, const std::string& name, bool logging,
+                                InstrumentedFunction work) {
+    collectOnly(std::move(collect), name, logging, std::move(work));
+}
+
+void collectTimingProfileSample(TimingSampleHandler collect, const std::string& name,
+                                InstrumentedFunction work) {
+    collectOnly(std::move(collect), name, lapwing::enableTimingProfileLogging(), std::move(work));
+}
+
+void collectTimingProfileSampleAndEmulate(TimingSampleHandler collect, TimingSampleHandler emulate,
+                                          const std::string& name, bool logging,
+                                          InstrumentedFunction work) {
+    collectAndEmulate(std::move(collect), std::move(emulate), name, logging, std::move(work));
+}
+
 void collectTimingProfileSampleAndEmulate(TimingSampleHandler collect, TimingSampleHandler emulate,
                                           const std::string& name, InstrumentedFunction work) {
-    collectTimingProfileSampleAndEmulate(std::move(collect), std::move(emulate), name,
-                                         lapwing::enableTimingProfileLogging(), std::move(work));
+    collectAndEmulate(std::move(collect), std::move(emulate), name,
+                      lapwing::enableTimingProfileLogging(), std::move(work));
 }
 
 void emulateTimingProfile(TimingSampleHandler emulate, const std::string& name,

@@ -1,0 +1,149 @@
+#include <lapwing/timing_profiles.h>
+
+#include "floors.h"
+#include "rows.h"
+
+#include <algorithm>
+#include <memory>
+#include <random>
+
+#if defined(LAPWING_BENCH_PROMETHEUS)
+#include <prometheus/histogram.h>
+#endif
+
+namespace {
+
+const std::string name = "SceneLoader::load";
+
+void collect(TimingProfileCollector& collector, const std::string& operation) {
+    collector.collectSample(operation, Milliseconds(5));
+}
+void collect(floors::Collector& collector, const std::string& operation) {
+    collector.collect(operation, Milliseconds(5));
+}
+TimingProfile extract(const TimingProfileCollector& collector) {
+    return collector.extractProfile();
+}
+TimingProfile extract(const floors::Collector& collector) {
+    return collector.extract();
+}
+
+// The threads of one run share a collector: the first makes it and takes it away, while the others
+// wait at the start and at the end of the measurement.
+template <class Collector>
+void collectTogether(benchmark::State& state) {
+    static std::unique_ptr<Collector> collector;
+    if (state.thread_index() == 0) {
+        collector = std::make_unique<Collector>();
+    }
+    rows::repeat(state, [&] { collect(*collector, name); });
+    if (state.thread_index() == 0) {
+        collector.reset();
+    }
+}
+
+rows::Body observeHistogram() {
+#if defined(LAPWING_BENCH_PROMETHEUS)
+    return [](benchmark::State& state) {
+        prometheus::Histogram histogram({1, 2, 5, 10, 20, 50, 100, 200, 500, 1000});
+        rows::repeat(state, [&] { histogram.Observe(5); });
+    };
+#else
+    return {};
+#endif
+}
+
+std::vector<std::string> names(std::int64_t count) {
+    std::vector<std::string> result;
+    for (std::int64_t i = 0; i < count; ++i) {
+        result.push_back("SceneLoader::load/" + std::to_string(i));
+    }
+    std::shuffle(result.begin(), result.end(), std::mt19937());
+    return result;
+}
+
+template <class Collector>
+void copyEverything(benchmark::State& state, int samplesPerName) {
+    Collector collector;
+    for (const std::string& operation : names(100)) {
+        for (int i = 0; i < samplesPerName; ++i) {
+            collect(collector, operation);
+        }
+    }
+    rows::repeat(state, [&] { return extract(collector); });
+}
+
+template <class Collector>
+void fill(Collector& collector, std::int64_t samples) {
+    for (std::int64_t i = 0; i < samples; ++i) {
+        collect(collector, name);
+    }
+}
+
+template <class Collector>
+double bytesPerSample(std::int64_t samples) {
+    const std::size_t before = rows::allocatedBytes();
+    Collector collector;
+    fill(collector, samples);
+    const std::size_t bytes = rows::allocatedBytes() - before;
+    return static_cast<double>(bytes) / static_cast<double>(samples);
+}
+
+template <class Collector>
+void growOneName(benchmark::State& state) {
+    state.counters["bytes per item"] = bytesPerSample<Collector>(state.range(0));
+    rows::repeat(state, [&] {
+        Collector collector;
+        fill(collector, state.range(0));
+    });
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+template <class Collector>
+void growManyNames(benchmark::State& state) {
+    const std::vector<std::string> operations = names(state.range(0));
+    Collector collector;
+    for (const std::string& operation : operations) {
+        collect(collector, operation);
+    }
+    auto next = operations.begin();
+    rows::repeat(state, [&] {
+        collect(collector, *next);
+        next = next + 1 == operations.end() ? operations.begin() : next + 1;
+    });
+    state.SetItemsProcessed(state.iterations());
+}
+
+void addCollecting(int threads, double timesFloor, const std::vector<rows::Peer>& peers) {
+    rows::Row row{"collectSample on a known name: " + std::to_string(threads) +
+                      (threads == 1 ? " thread" : " threads"),
+                  "one lock, one hash look-up, one append",
+                  timesFloor,
+                  collectTogether<TimingProfileCollector>,
+                  collectTogether<floors::Collector>,
+                  peers};
+    row.threads = threads;
+    row.iterations = threads == 1 ? 1'000'000 : 500'000;
+    rows::add(row);
+}
+
+void addExtracting(int samplesPerName) {
+    rows::add({"extractProfile: 100 names by " + std::to_string(samplesPerName) + " samples",
+               "both maps copied under the lock", 1.05,
+               [=](auto& state) { copyEverything<TimingProfileCollector>(state, samplesPerName); },
+               [=](auto& state) { copyEverything<floors::Collector>(state, samplesPerName); }});
+}
+
+}  // namespace
+
+void addCollectorRows() {
+    addCollecting(1, 1.05, {{"prometheus-cpp Histogram::Observe", 1, observeHistogram()}});
+    addCollecting(2, 1.10, {});
+    addCollecting(8, 1.10, {});
+    addExtracting(100);
+    addExtracting(10'000);
+    rows::add({"samples under one name", 1'000, 10'000'000, growOneName<TimingProfileCollector>,
+               growOneName<floors::Collector>});
+    rows::add({"names", 1, 100'000, growManyNames<TimingProfileCollector>,
+               growManyNames<floors::Collector>});
+}

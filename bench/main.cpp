@@ -1,0 +1,22 @@
+#include <thread>
+
+#include "rows.h"
+
+int main(int argc, char** argv) {
+    // Hosts have threads. In a process that has never had a second one, the C library leaves out
+    // the atomic part of each lock.
+    std::thread([] {}).join();
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 1;
+    }
+    benchmark::AddCustomContext("compiler", LAPWING_BENCH_COMPILER);
+    benchmark::AddCustomContext("build", LAPWING_BENCH_BUILD);
+    addSettingsRows();
+    addInstrumentationRows();
+    addCollectorRows();
+    addEmulatorRows();
+    addSamplingRows();
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+}

@@ -1,0 +1,75 @@
+// What a benchmark consists of: the library, the floor and the peers, side by side under one name.
+
+#ifndef LAPWING_BENCH_ROWS_H
+#define LAPWING_BENCH_ROWS_H
+
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+namespace rows {
+
+using Body = std::function<void(benchmark::State&)>;
+
+struct Peer {
+    std::string name;
+    double
+        timesFaster;  // what the library is to be, at least; zero for a peer shown for comparison
+    Body body;        // empty if the peer was not there when this was built
+};
+
+struct Row {
+    std::string name;
+    std::string floorDoes;
+    double timesFloor;  // what the library may cost, at most
+    Body lapwing;
+    Body floor;
+    std::vector<Peer> peers = {};
+    int threads = 1;
+    std::int64_t iterations = 0;  // as many as take long enough, unless what is measured grows
+};
+
+void add(const Row& row);
+
+// Cost per item, from the first size to the last in steps of ten. A body takes the size from
+// state.range(0).
+struct Growth {
+    std::string name;
+    std::int64_t first;
+    std::int64_t last;
+    Body lapwing;
+    Body floor;
+};
+
+void add(const Growth& growth);
+
+// The bytes that the process has allocated; zero where that cannot be asked.
+std::size_t allocatedBytes();
+
+template <class Operation>
+void repeat(benchmark::State& state, Operation operation) {
+    for ([[maybe_unused]] auto _ : state) {
+        if constexpr (std::is_void_v<decltype(operation())>) {
+            operation();
+        } else {
+            auto result = operation();
+            benchmark::DoNotOptimize(result);
+        }
+        benchmark::ClobberMemory();
+    }
+}
+
+}  // namespace rows
+
+// One for each unit.
+void addSettingsRows();
+void addInstrumentationRows();
+void addCollectorRows();
+void addEmulatorRows();
+void addSamplingRows();
+
+#endif  // LAPWING_BENCH_ROWS_H

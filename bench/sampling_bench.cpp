@@ -1,0 +1,34 @@
+#include <lapwing/timing_profiles.h>
+
+#include "floors.h"
+#include "rows.h"
+
+namespace {
+
+const std::string name = "SceneLoader::load";
+
+void sample(benchmark::State& state) {
+    TimingProfileCollector collector;
+    rows::repeat(state, [&] {
+        collectTimingProfileSample(std::ref(collector), name, [](Instrumentation&) {});
+    });
+}
+
+void sampleFloor(benchmark::State& state) {
+    floors::Collector collector;
+    const auto collect = [&](const std::string& operation, Milliseconds duration) {
+        collector.collect(operation, duration);
+    };
+    rows::repeat(state, [&] { floors::collectTimed(collect, name, [](floors::Scope&) {}); });
+}
+
+}  // namespace
+
+void addSamplingRows() {
+    rows::Row row{"collectTimingProfileSample around empty work",
+                  "the setting read, one copy of the name, a count up and down, five clock reads, "
+                  "the note's and the lap's text made once each, one lock, hash look-up and append",
+                  1.15, sample, sampleFloor};
+    row.iterations = 200'000;
+    rows::add(row);
+}
