@@ -27,7 +27,8 @@ bool decideLogging(bool logging) {
     return setting || logging;
 }
 
-Milliseconds timeSampleFunction(InstrumentedFunction work, Instrumentation& instrumentation) {
+Milliseconds timeSampleFunction(const InstrumentedFunction& work,
+                                Instrumentation& instrumentation) {
     work(instrumentation);
     const Milliseconds duration = instrumentation.elapsed();
     const std::string length = std::to_string(duration.count()) + "ms";
@@ -35,8 +36,9 @@ Milliseconds timeSampleFunction(InstrumentedFunction work, Instrumentation& inst
     return duration;
 }
 
-Milliseconds collectTimedSample(TimingSampleHandler collect, const std::string& name,
-                                InstrumentedFunction&& work, Instrumentation& instrumentation) {
+Milliseconds collectTimedSample(const TimingSampleHandler& collect, const std::string& name,
+                                const InstrumentedFunction& work,
+                                Instrumentation& instrumentation) {
     const std::string label = "about to augment timing profile sample";
     Milliseconds duration = Milliseconds::zero();
     const ScopeExit handOver([&] {
@@ -45,62 +47,52 @@ Milliseconds collectTimedSample(TimingSampleHandler collect, const std::string& 
             collect(name, duration);
         }
     });
-    duration = timeSampleFunction(std::move(work), instrumentation);
+    duration = timeSampleFunction(work, instrumentation);
     return duration;
 }
 
-void emulateTimedSample(TimingSampleHandler emulate, const std::string& name, Milliseconds duration,
-                        Instrumentation& instrumentation) {
+void emulateTimedSample(const TimingSampleHandler& emulate, const std::string& name,
+                        Milliseconds duration, Instrumentation& instrumentation) {
     if (emulate) {
         instrumentation.lap("about to emulate timing profile average sample time");
         emulate(name, duration);
     }
 }
 
-void collectOnly(TimingSampleHandler&& collect, const std::string& name, bool logging,
-                 InstrumentedFunction&& work) {
-    const bool enabled = decideLogging(logging);
-    Instrumentation instrumentation(name, enabled, {});
-    collectTimedSample(std::move(collect), name, std::move(work), instrumentation);
-}
-
-void collectAndEmulate(TimingSampleHandler&& collect, TimingSampleHandler&& emulate,
-                       const std::string& name, bool logging, InstrumentedFunction&& work) {
-    const bool enabled = decideLogging(logging);
-    Instrumentation instrumentation(name, enabled, {});
-    const Milliseconds duration =
-        collectTimedSample(std::move(collect), name, std::move(work), instrumentation);
-    emulateTimedSample(std::move(emulate), name, duration, instrumentation);
-}
-
 }  // namespace
 
 void collectTimingProfileSample(TimingSampleHandler collect, const std::string& name, bool logging,
                                 InstrumentedFunction work) {
-    collectOnly(std::move(collect), name, logging, std::move(work));
+    const bool enabled = decideLogging(logging);
+    Instrumentation instrumentation(name, enabled, {});
+    collectTimedSample(collect, name, work, instrumentation);
 }
 
 void collectTimingProfileSample(TimingSampleHandler collect, const std::string& name,
                                 InstrumentedFunction work) {
-    collectOnly(std::move(collect), name, lapwing::enableTimingProfileLogging(), std::move(work));
+    collectTimingProfileSample(std::move(collect), name, lapwing::enableTimingProfileLogging(),
+                               std::move(work));
 }
 
 void collectTimingProfileSampleAndEmulate(TimingSampleHandler collect, TimingSampleHandler emulate,
                                           const std::string& name, bool logging,
                                           InstrumentedFunction work) {
-    collectAndEmulate(std::move(collect), std::move(emulate), name, logging, std::move(work));
+    const bool enabled = decideLogging(logging);
+    Instrumentation instrumentation(name, enabled, {});
+    const Milliseconds duration = collectTimedSample(collect, name, work, instrumentation);
+    emulateTimedSample(emulate, name, duration, instrumentation);
 }
 
 void collectTimingProfileSampleAndEmulate(TimingSampleHandler collect, TimingSampleHandler emulate,
                                           const std::string& name, InstrumentedFunction work) {
-    collectAndEmulate(std::move(collect), std::move(emulate), name,
-                      lapwing::enableTimingProfileLogging(), std::move(work));
+    collectTimingProfileSampleAndEmulate(std::move(collect), std::move(emulate), name,
+                                         lapwing::enableTimingProfileLogging(), std::move(work));
 }
 
 void emulateTimingProfile(TimingSampleHandler emulate, const std::string& name,
                           InstrumentedFunction work) {
     const bool enabled = decideLogging(lapwing::enableTimingProfileLogging());
     Instrumentation instrumentation(name, enabled, {});
-    const Milliseconds duration = timeSampleFunction(std::move(work), instrumentation);
-    emulateTimedSample(std::move(emulate), name, duration, instrumentation);
+    const Milliseconds duration = timeSampleFunction(work, instrumentation);
+    emulateTimedSample(emulate, name, duration, instrumentation);
 }
