@@ -159,6 +159,7 @@ TEST_F(Sampling, FailsWithEmptyWorkAndWithASettingThatCannotBeRead) {
 
 TEST_F(SamplingInTime, CollectsEachRunOnceThoughMemoryRunsOut) {
     Instrumentation::setGlobalLogMessageHandler({});
+    StoringProvider::install(nullptr);
     std::vector<Milliseconds> collected;
     collected.reserve(100);
     std::size_t runs = 0;
