@@ -41,8 +41,9 @@ using Milliseconds = std::chrono::milliseconds;
 
 /// Receives one finished log line, without a line terminator. Called on the thread that sends the
 /// line, with no lock held, and by several threads at once if they send at once. It may use the
-/// library, replace itself included. What it throws leaves the call that sent the line, save in
-/// the destructor of Instrumentation. May be empty: then lines are dropped.
+/// library and may replace itself, but a line that it sends to itself comes back to it without end.
+/// What it throws leaves the call that sent the line, save in the destructor of Instrumentation.
+/// May be empty: then lines are dropped.
 using LogMessageHandler = std::function<void(const std::string&)>;
 
 /// Measures from its construction to its destruction and says so as it goes, to its own handler if
@@ -63,10 +64,10 @@ using LogMessageHandler = std::function<void(const std::string&)>;
 /// disabled object, costs neither a copy nor formatting nor memory; time is measured all the same,
 /// on the steady clock.
 ///
-/// Failures: what the handler throws, and std::bad_alloc while a line is composed, leaves the
-/// member that sent the line. In the destructor it is discarded for "End" and ends the process
-/// through std::terminate for "Final Lap". When "Begin" fails, the object never existed but stays
-/// counted: all later objects are indented one level more.
+/// Failures: what calling or copying the handler throws, and std::bad_alloc while a line is
+/// composed, leaves the member that sent the line. In the destructor it is discarded for "End" and
+/// ends the process through std::terminate for "Final Lap". When "Begin" fails, the object never
+/// existed but stays counted: all later objects are indented one level more.
 ///
 /// Thread safety: one object is used by one thread at a time; different objects are independent.
 class Instrumentation {

@@ -6,16 +6,19 @@
 ///     public:
 ///         Options() { setInstance(this); }
 ///         ~Options() override { setInstance(nullptr); }
-///         bool getValue(const char* key, bool fallback) const override;  // looks in its store
-///         using Provider::getValue;  // the other types keep their defaults
+///         std::int32_t getValue(const char* key, std::int32_t fallback) const override;
+///         void setValue(const char* key, std::int32_t value) override;
+///         using Provider::getValue;  // what it does not override keeps its defaults
+///         using Provider::setValue;  // and stores nothing
+///         ...
 ///     };
 ///
-///     const DeveloperSettings::Boolean showGrid{"view.showGrid"};      // false unless provided
-///     DeveloperConfig::Integer retries{"net.retries", 3};              // 3 unless provided
+///     const DeveloperSettings::Boolean showGrid{"view.showGrid"};  // false by default
+///     DeveloperConfig::Integer retries{"net.retries", 3};          // 3 by default
 ///
-///     if (showGrid()) drawGrid();
-///     retries.set(5);    // stored by the provider, dropped when none is installed
-///     retries.clear();   // 3 again
+///     const Options options;
+///     retries.set(5);                // Options::setValue(); without a provider it is dropped
+///     while (attempt < retries())    // Options::getValue(), each time
 ///
 /// Nothing is cached: each read and each write goes to the provider installed at that moment, so
 /// all objects of one key agree. Without a provider each read yields the default.
@@ -217,10 +220,10 @@ using WString = Item<std::wstring>;
 
 }  // namespace DeveloperConfig
 
-// Built-in settings: the switches that hosts have in common. Each source that includes this header
-// holds a set of its own, constructed in this order; all sets agree, since every read goes to the
-// provider. A source that needs only the types defines LAPWING_NO_BUILT_IN_SETTINGS before it
-// includes this header.
+/// @def LAPWING_NO_BUILT_IN_SETTINGS
+/// A source that needs none of the built-in settings below, the switches that hosts have in common,
+/// defines this before it includes the header. Each other source holds a set of its own,
+/// constructed in this order; all sets agree, since every read goes to the provider.
 #ifndef LAPWING_NO_BUILT_IN_SETTINGS
 
 namespace DeveloperSettings {

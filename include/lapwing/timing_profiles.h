@@ -125,8 +125,10 @@ public:
     /// Same as emulateProfile(): makes the emulator a TimingSampleHandler.
     LAPWING_EXPORT void operator()(const std::string& name, Milliseconds duration);
 
-    /// Sleeps on the calling thread for the average of `name` minus `duration`, never less; or, if
-    /// that is negative or there is no average, records it in the error profile.
+    /// Sleeps on the calling thread for the average of `name` minus `duration`, and never wakes
+    /// early; or, if the difference is negative or there is no average, records that in the error
+    /// profile. The difference and the end of the sleep wrap as 64-bit counts of milliseconds and
+    /// of nanoseconds: a sleep that would last for centuries may be none.
     LAPWING_EXPORT void emulateProfile(const std::string& name, Milliseconds duration);
 
     /// Returns a copy of the error profile, and keeps it.
@@ -142,15 +144,26 @@ private:
 /// Each of these runs `work` once on the calling thread, with an Instrumentation called `name`,
 /// and hands the name and the time that the work took to its handlers, `collect` first. The time
 /// spent in a handler, an emulator's sleep above all, is not part of what the next one is told.
+/// For an operation N, the Instrumentation sends
 ///
-/// The Instrumentation sends its lines to the global log message handler if `logging` is true or
-/// the setting DeveloperConfig::enableTimingProfileLogging is. Timing and the handlers do not
-/// depend on that.
+///     N: Begin
+///       what the work sends
+///       N: note: executing timing profile sample fn took - 15ms
+///       N: about to augment timing profile sample - 15 ms              before `collect`
+///       N: about to emulate timing profile average sample time - 0 ms  before `emulate`
+///       N: Final Lap - 85 ms
+///     N: End - 100 ms
+///
+/// to the global log message handler, if `logging` is true or the setting
+/// DeveloperConfig::enableTimingProfileLogging is. The setting is read on each call, and twice by
+/// the functions without `logging`. Timing and the handlers do not depend on it. A handler that is
+/// empty, or that the function does not take, is skipped together with its line.
 ///
 /// Failures: what the setting's provider, the work, a handler or the log message handler throws
 /// leaves the call, and what would have come after it is not done, with one exception: if the work
-/// fails, `collect` is still called, with 0 ms. If it throws then, as well as the work, the process
-/// ends through std::terminate. Empty work counts as work that throws std::bad_function_call.
+/// or the note after it fails, `collect` is called all the same, its line before it, with 0 ms. If
+/// either of those throws as well, the process ends through std::terminate. Empty work counts as
+/// work that throws std::bad_function_call.
 ///
 /// Thread safety: any number of threads may call these at once, with the same handlers if those
 /// may be called so.

@@ -39,6 +39,7 @@ Milliseconds timeSampleFunction(const InstrumentedFunction& work,
 Milliseconds collectTimedSample(const TimingSampleHandler& collect, const std::string& name,
                                 const InstrumentedFunction& work,
                                 Instrumentation& instrumentation) {
+    // Made here, so that it cannot fail while an exception of the work is on its way.
     const std::string label = "about to augment timing profile sample";
     Milliseconds duration = Milliseconds::zero();
     const ScopeExit handOver([&] {
@@ -63,8 +64,7 @@ void emulateTimedSample(const TimingSampleHandler& emulate, const std::string& n
 
 void collectTimingProfileSample(TimingSampleHandler collect, const std::string& name, bool logging,
                                 InstrumentedFunction work) {
-    const bool enabled = decideLogging(logging);
-    Instrumentation instrumentation(name, enabled, {});
+    Instrumentation instrumentation(name, decideLogging(logging), {});
     collectTimedSample(collect, name, work, instrumentation);
 }
 
@@ -77,8 +77,7 @@ void collectTimingProfileSample(TimingSampleHandler collect, const std::string& 
 void collectTimingProfileSampleAndEmulate(TimingSampleHandler collect, TimingSampleHandler emulate,
                                           const std::string& name, bool logging,
                                           InstrumentedFunction work) {
-    const bool enabled = decideLogging(logging);
-    Instrumentation instrumentation(name, enabled, {});
+    Instrumentation instrumentation(name, decideLogging(logging), {});
     const Milliseconds duration = collectTimedSample(collect, name, work, instrumentation);
     emulateTimedSample(emulate, name, duration, instrumentation);
 }
@@ -91,8 +90,8 @@ void collectTimingProfileSampleAndEmulate(TimingSampleHandler collect, TimingSam
 
 void emulateTimingProfile(TimingSampleHandler emulate, const std::string& name,
                           InstrumentedFunction work) {
-    const bool enabled = decideLogging(lapwing::enableTimingProfileLogging());
-    Instrumentation instrumentation(name, enabled, {});
+    const bool setting = lapwing::enableTimingProfileLogging();
+    Instrumentation instrumentation(name, decideLogging(setting), {});
     const Milliseconds duration = timeSampleFunction(work, instrumentation);
     emulateTimedSample(emulate, name, duration, instrumentation);
 }
