@@ -3,6 +3,7 @@
 #include "usage_error.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <locale>
 #include <sstream>
@@ -125,6 +126,9 @@ void TextSettings::setValue(const char* key, std::int32_t value) {
 }
 
 void TextSettings::setValue(const char* key, double value) {
+    if (!std::isfinite(value)) {
+        throw unsuitable(key, "the new value", "a finite number");
+    }
     write(key, value);
 }
 

@@ -22,7 +22,7 @@
 ///
 /// A read throws UsageError, naming key and value, when the text is not of the type asked for: a
 /// host reads its settings once at its start to have that settled. So does writing a wide string
-/// that is not ASCII.
+/// that is not ASCII, or a number that is not finite.
 ///
 /// Thread safety: any number of threads may call any member at once.
 class TextSettings : public DeveloperSettings::Provider {
