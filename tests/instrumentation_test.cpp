@@ -134,6 +134,7 @@ TEST_F(ClockedInstrumentation, AllocatesOncePerLineAndNotAtAllWhenItSendsNothing
     const auto sendNothing = [&] {
         Instrumentation disabled(std::move(names[0]), false, std::move(unused));
         Instrumentation unheard(std::move(names[1]));
+        clock.advance(1234567890123ms);
         for (Instrumentation* const object : {&disabled, &unheard}) {
             object->lap(longText);
             object->note(longText);

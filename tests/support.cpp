@@ -20,7 +20,6 @@ thread_local std::size_t allocationCount = 0;
 thread_local std::size_t failingAllocation = 0;
 
 std::int64_t nextFakeTime() {
-    ++clockReadings;
     return fakeTime += fakeTimePerReading;
 }
 
@@ -42,6 +41,7 @@ std::int64_t systemTime() {
 
 #ifndef _MSC_VER
 std::chrono::steady_clock::time_point std::chrono::steady_clock::now() noexcept {
+    ++clockReadings;
     return time_point(duration(isClockFake ? nextFakeTime() : systemTime()));
 }
 #endif
