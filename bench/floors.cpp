@@ -18,7 +18,7 @@ const Setting<bool> logging{"enableTimingProfileLogging", [] { return false; }};
 struct Digits {
     explicit Digits(std::int64_t count)
         : end(std::to_chars(buffer.data(), buffer.data() + buffer.size(), count).ptr) {}
-    std::string_view view() const {
+    [[nodiscard]] std::string_view view() const {
         return {buffer.data(), static_cast<std::size_t>(end - buffer.data())};
     }
 

@@ -42,7 +42,7 @@ struct Setting {
     const char* name;
     std::function<V()> defaultValue;
 
-    FLOORS_EXPORT V value() const;
+    [[nodiscard]] FLOORS_EXPORT V value() const;
 };
 
 // Counts itself, reads the clock at its start, at each lap and at its end, and makes no text unless
@@ -57,13 +57,13 @@ public:
     FLOORS_EXPORT void lap(std::string_view label);
     FLOORS_EXPORT static void setGlobalHandler(LogMessageHandler handler);
 
-    Milliseconds elapsed() const;
+    [[nodiscard]] Milliseconds elapsed() const;
     void note(const std::string& text) const;
 
 private:
     using Clock = std::chrono::steady_clock;
 
-    const LogMessageHandler* handler() const;
+    [[nodiscard]] const LogMessageHandler* handler() const;
     void sendTime(Clock::duration duration, std::string_view label) const;
     void send(const LogMessageHandler& chosen, std::string_view text, std::string_view count,
               std::string_view unit) const;

@@ -10,7 +10,7 @@
 #include <thread>
 
 #if defined(__linux__)
-#include <time.h>
+#include <ctime>
 #endif
 
 namespace {
