@@ -22,6 +22,10 @@
 ///
 /// Nothing is cached: each read and each write goes to the provider installed at that moment, so
 /// all objects of one key agree. Without a provider each read yields the default.
+///
+/// At its end the header defines the built-in settings, the switches that hosts have in common.
+/// Each source that includes it holds a set of its own; one that needs none of them defines
+/// LAPWING_NO_BUILT_IN_SETTINGS before.
 
 #ifndef LAPWING_SETTINGS_H
 #define LAPWING_SETTINGS_H
@@ -220,10 +224,7 @@ using WString = Item<std::wstring>;
 
 }  // namespace DeveloperConfig
 
-/// @def LAPWING_NO_BUILT_IN_SETTINGS
-/// A source that needs none of the built-in settings below, the switches that hosts have in common,
-/// defines this before it includes the header. Each other source holds a set of its own,
-/// constructed in this order; all sets agree, since every read goes to the provider.
+// The built-in settings, in the order of their construction.
 #ifndef LAPWING_NO_BUILT_IN_SETTINGS
 
 namespace DeveloperSettings {
