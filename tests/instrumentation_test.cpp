@@ -146,21 +146,6 @@ TEST_F(ClockedInstrumentation, AllocatesOncePerLineAndNotAtAllWhenItSendsNothing
     EXPECT_EQ(countAllocations([&] { heard.lap(longText); }), 1U);
 }
 
-TEST(Instrumentation, SendsToItsOwnHandlerElseToTheGlobalOneIfEnabled) {
-    for (int choice = 0; choice < 8; ++choice) {
-        const bool isEnabled = (choice & 1) != 0;
-        const bool hasOwn = (choice & 2) != 0;
-        const bool hasGlobal = (choice & 4) != 0;
-        GlobalLog global;
-        Lines own;
-        const LogMessageHandler keep = [&own](const std::string& line) { own.push_back(line); };
-        Instrumentation::setGlobalLogMessageHandler(hasGlobal ? global.handler() : nullptr);
-        Instrumentation("N", isEnabled, hasOwn ? keep : nullptr);
-        EXPECT_EQ(own.size(), isEnabled && hasOwn ? 2U : 0U) << choice;
-        EXPECT_EQ(global.lines.size(), isEnabled && hasGlobal && !hasOwn ? 2U : 0U) << choice;
-    }
-}
-
 TEST(Instrumentation, ChoosesTheHandlerAnewForEachLineButOnceForABlock) {
     GlobalLog log;
     log.onLine = [](const std::string& line) {

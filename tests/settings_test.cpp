@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <stdexcept>
 #include <tuple>
 #include <utility>
 
@@ -83,15 +82,6 @@ TYPED_TEST(SettingsOf, HaveNoDefaultOnceMovedFrom) {
     EXPECT_EQ(taken(), this->zero);
     this->item.clear();
     EXPECT_EQ(taken(), sample<TypeParam>);
-}
-
-TYPED_TEST(SettingsOf, PassOnWhatTheProviderThrows) {
-    StoringProvider provider;
-    provider.onCall = [] { throw std::runtime_error("store is gone"); };
-    EXPECT_THROW((void)this->item.value(), std::runtime_error);
-    EXPECT_THROW((void)this->item.hasValue(), std::runtime_error);
-    EXPECT_THROW(this->item.set(this->zero), std::runtime_error);
-    EXPECT_THROW(this->item.clear(), std::runtime_error);
 }
 
 TEST(Provider, IsTheOneInstalledLastWhenAReadBegins) {
