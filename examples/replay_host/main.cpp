@@ -106,7 +106,7 @@ void run(const std::vector<std::string>& arguments) {
     if (options.help) {
         std::cout << usage();
     } else {
-        const TextSettings settings(options.settings);
+        TextSettings settings(options.settings);
         const std::int32_t runs = checkedRuns();
         requireFolder(options.folder);
         recordAndReplay(options.folder, runs);

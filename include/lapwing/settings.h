@@ -16,7 +16,7 @@
 ///     const DeveloperSettings::Boolean showGrid{"view.showGrid"};  // false by default
 ///     DeveloperConfig::Integer retries{"net.retries", 3};          // 3 by default
 ///
-///     const Options options;
+///     Options options;
 ///     retries.set(5);                // Options::setValue(); without a provider it is dropped
 ///     while (attempt < retries())    // Options::getValue(), each time
 ///

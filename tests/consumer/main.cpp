@@ -20,7 +20,7 @@ public:
 };
 
 int main() {
-    const EverythingOn provider;
+    EverythingOn provider;
     int lineCount = 0;
     Instrumentation::setGlobalLogMessageHandler([&lineCount](const std::string& line) {
         std::cout << line << '\n';
