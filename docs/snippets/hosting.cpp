@@ -53,7 +53,7 @@ private:
 }  // namespace
 
 int main() {
-    const Options options;
+    Options options;
     Log log;
     TimingProfileCollector collector;
 
