@@ -85,22 +85,19 @@ void addInstrumentationRows() {
     const std::string quiet =
         "the name taken over, a count up and down, two clock reads, a look for a handler at each "
         "end; a call to construct and one to destroy";
-    add({"scope that sends nothing: disabled",
-         quiet,
-         1.10,
-         [](auto& state) { sendNothing<Instrumentation>(state, false); },
-         [](auto& state) { sendNothing<floors::Scope>(state, false); },
-         {{"Boost.Timer cpu_timer", 10, runCpuTimer()}}});
-    add({"scope that sends nothing: no handler",
-         quiet,
-         1.10,
-         [](auto& state) { sendNothing<Instrumentation>(state, true); },
-         [](auto& state) { sendNothing<floors::Scope>(state, true); },
-         {{"Boost.Timer cpu_timer", 10, runCpuTimer()}}});
+    for (const bool enabled : {false, true}) {
+        add({enabled ? "scope that sends nothing: no handler"
+                     : "scope that sends nothing: disabled",
+             quiet,
+             1.10,
+             [=](auto& state) { sendNothing<Instrumentation>(state, enabled); },
+             [=](auto& state) { sendNothing<floors::Scope>(state, enabled); },
+             {{"Boost.Timer cpu_timer", 10, runCpuTimer()}}});
+    }
     add({"scope with a lap: four lines",
-         "as above and two clock reads more; for each line a copy of the handler, one allocation "
-         "of "
-         "the exact size, each piece of text copied once into it, a call of the handler",
+         "as above and two clock reads more; for each line a copy of the handler, one "
+         "allocation of the exact size, each piece of text copied once into it, a call of the "
+         "handler",
          1.25,
          sendFourLines<Instrumentation>,
          sendFourLines<floors::Scope>,

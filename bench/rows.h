@@ -17,20 +17,23 @@ using Body = std::function<void(benchmark::State&)>;
 
 struct Peer {
     std::string name;
-    double
-        timesFaster;  // what the library is to be, at least; zero for a peer shown for comparison
-    Body body;        // empty if the peer was not there when this was built
+    // What the library is to be, at least; zero for a peer shown for comparison.
+    double timesFaster;
+    // Empty if the peer was not there when this was built.
+    Body body;
 };
 
 struct Row {
     std::string name;
     std::string floorDoes;
-    double timesFloor;  // what the library may cost, at most
+    // What the library may cost, at most.
+    double timesFloor;
     Body lapwing;
     Body floor;
     std::vector<Peer> peers = {};
     int threads = 1;
-    std::int64_t iterations = 0;  // as many as take long enough, unless what is measured grows
+    // As many as take long enough, unless what is measured grows.
+    std::int64_t iterations = 0;
 };
 
 void add(const Row& row);
