@@ -41,15 +41,18 @@ Milliseconds collectTimedSample(const TimingSampleHandler& collect, const std::s
                                 Instrumentation& instrumentation) {
     // Made here, so that it cannot fail while an exception of the work is on its way.
     const std::string label = "about to augment timing profile sample";
-    Milliseconds duration = Milliseconds::zero();
+    Milliseconds collected = Milliseconds::zero();
     const ScopeExit handOver([&] {
         if (collect) {
             instrumentation.lap(label);
-            collect(name, duration);
+            collect(name, collected);
         }
     });
-    duration = timeSampleFunction(work, instrumentation);
-    return duration;
+    // A variable of its own: some ABIs let the call write into the one that it initialises, and
+    // throw afterwards.
+    const Milliseconds measured = timeSampleFunction(work, instrumentation);
+    collected = measured;
+    return measured;
 }
 
 void emulateTimedSample(const TimingSampleHandler& emulate, const std::string& name,
