@@ -17,6 +17,9 @@ std::uint64_t bits(std::int64_t count) {
 }
 
 Milliseconds averageSampleTime(const std::vector<Milliseconds>& samples) {
+    if (samples.empty()) {
+        return Milliseconds::zero();
+    }
     std::uint64_t sum = 0;
     for (const Milliseconds& sample : samples) {
         sum += bits(sample.count());
