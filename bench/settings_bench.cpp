@@ -1,5 +1,4 @@
-#define LAPWING_NO_BUILT_IN_SETTINGS
-#include <lapwing/settings.h>
+#include <lapwing/setting_types.h>
 
 #include "floors.h"
 #include "rows.h"

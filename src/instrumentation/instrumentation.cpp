@@ -1,18 +1,16 @@
 #include <lapwing/instrumentation.h>
 
-#include "module.h"
+#include "clock.h"
+#include "instrumentation/global_handler.h"
+#include "short_text.h"
 
+#include <atomic>
 #include <cstddef>
-#include <ratio>
-#include <type_traits>
 #include <utility>
 
-static_assert(std::chrono::steady_clock::is_steady);
-static_assert(std::is_same_v<std::chrono::steady_clock::period, std::nano>);
-
-using lapwing::liveInstrumentationCount;
-
 namespace {
+
+std::atomic<std::int32_t> liveInstrumentationCount{0};
 
 Milliseconds toMilliseconds(std::chrono::steady_clock::duration duration) {
     return std::chrono::duration_cast<Milliseconds>(duration);
@@ -31,7 +29,7 @@ Instrumentation::Instrumentation(std::string name, bool enabled, LogMessageHandl
       isEnabled(enabled) {
     sendMessage("Begin");
     ++nestingDepth;
-    startTime = Clock::now();
+    startTime = lapwing::now();
     lastLapTime = startTime;
 }
 
@@ -51,7 +49,7 @@ Instrumentation::~Instrumentation() {
 }
 
 Milliseconds Instrumentation::lap(const std::string& label) {
-    const Clock::time_point now = Clock::now();
+    const Clock::time_point now = lapwing::now();
     const Milliseconds length = toMilliseconds(now - std::exchange(lastLapTime, now));
     sendTimeMessage(length, label);
     ++lapCount;
@@ -59,7 +57,7 @@ Milliseconds Instrumentation::lap(const std::string& label) {
 }
 
 Milliseconds Instrumentation::elapsed() const {
-    return toMilliseconds(Clock::now() - startTime);
+    return toMilliseconds(lapwing::now() - startTime);
 }
 
 void Instrumentation::note(const std::string& text) {
@@ -100,7 +98,9 @@ void Instrumentation::sendMessage(const std::string& text) {
 
 void Instrumentation::sendTimeMessage(Milliseconds duration, const std::string& text) {
     if (LogMessageHandler handler = logFunction()) {
-        unchecked_sendMessage(handler, text, " - " + std::to_string(duration.count()) + " ms");
+        lapwing::ShortText ending;
+        ending.append(" - ").append(duration.count()).append(" ms");
+        unchecked_sendMessage(handler, text, ending.view());
     }
 }
 

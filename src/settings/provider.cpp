@@ -1,7 +1,8 @@
-#define LAPWING_NO_BUILT_IN_SETTINGS
-#include <lapwing/settings.h>
+#include <lapwing/setting_types.h>
 
-#include "module.h"
+#include "settings/installed_provider.h"
+
+std::atomic<DeveloperSettings::Provider*> lapwing::installedProvider{nullptr};
 
 namespace DeveloperSettings {
 

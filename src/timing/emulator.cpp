@@ -1,18 +1,16 @@
 #include <lapwing/timing_profiles.h>
 
+#include "clock.h"
+
 #include <cstdint>
-#include <ratio>
-#include <thread>
-#include <type_traits>
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-static_assert(std::is_same_v<Clock::period, std::nano>);
+using lapwing::Clock;
 
 // Durations wrap: they are added and subtracted as unsigned numbers and read as signed ones.
 
-std::uint64_t bits(std::int64_t count) {
+std::uint64_t asUnsigned(std::int64_t count) {
     return static_cast<std::uint64_t>(count);
 }
 
@@ -22,27 +20,27 @@ Milliseconds averageSampleTime(const std::vector<Milliseconds>& samples) {
     }
     std::uint64_t sum = 0;
     for (const Milliseconds& sample : samples) {
-        sum += bits(sample.count());
+        sum += asUnsigned(sample.count());
     }
     return Milliseconds(static_cast<Milliseconds::rep>(sum / samples.size()));
 }
 
 Milliseconds difference(Milliseconds average, Milliseconds duration) {
     return Milliseconds(
-        static_cast<Milliseconds::rep>(bits(average.count()) - bits(duration.count())));
+        static_cast<Milliseconds::rep>(asUnsigned(average.count()) - asUnsigned(duration.count())));
 }
 
-Clock::time_point after(Milliseconds pause) {
+Clock::time_point deadlineAfter(Milliseconds pause) {
     constexpr std::uint64_t nanosecondsPerMillisecond = 1'000'000;
-    const std::uint64_t target = bits(Clock::now().time_since_epoch().count()) +
-                                 bits(pause.count()) * nanosecondsPerMillisecond;
-    return Clock::time_point(Clock::duration(static_cast<Clock::rep>(target)));
+    const std::uint64_t deadline = asUnsigned(lapwing::now().time_since_epoch().count()) +
+                                   asUnsigned(pause.count()) * nanosecondsPerMillisecond;
+    return Clock::time_point(Clock::duration(static_cast<Clock::rep>(deadline)));
 }
 
 void sleepFor(Milliseconds pause) {
-    const Clock::time_point target = after(pause);
-    for (auto now = Clock::now(); now < target; now = Clock::now()) {
-        std::this_thread::sleep_for(target - now);
+    const Clock::time_point deadline = deadlineAfter(pause);
+    for (auto now = lapwing::now(); now < deadline; now = lapwing::now()) {
+        lapwing::sleepFor(deadline - now);
     }
 }
 

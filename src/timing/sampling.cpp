@@ -1,14 +1,15 @@
 #include <lapwing/timing_profiles.h>
 
-#include "module.h"
+#include "short_text.h"
+#include "timing/logging_setting.h"
 
+#include <string>
 #include <utility>
 
 namespace {
 
-// Runs an action when its scope is left, also when an exception leaves it. What the action throws
-// follows the rule for destructors that may throw: it leaves the scope, but ends the process when
-// an exception is already on its way.
+// Runs an action when its scope is left, normally or by an exception. An exception from the action
+// propagates, unless another one is already on its way: then it ends the process.
 template <class Action>
 class ScopeExit {
 public:
@@ -31,15 +32,17 @@ Milliseconds timeSampleFunction(const InstrumentedFunction& work,
                                 Instrumentation& instrumentation) {
     work(instrumentation);
     const Milliseconds duration = instrumentation.elapsed();
-    const std::string length = std::to_string(duration.count()) + "ms";
-    instrumentation.note("note: executing timing profile sample fn took - " + length);
+    lapwing::ShortText text;
+    text.append("note: executing timing profile sample fn took - ");
+    text.append(duration.count()).append("ms");
+    instrumentation.note(std::string(text.view()));
     return duration;
 }
 
 Milliseconds collectTimedSample(const TimingSampleHandler& collect, const std::string& name,
                                 const InstrumentedFunction& work,
                                 Instrumentation& instrumentation) {
-    // Made here, so that it cannot fail while an exception of the work is on its way.
+    // Made here, so that it cannot fail while an exception from the work is on its way.
     const std::string label = "about to augment timing profile sample";
     Milliseconds collected = Milliseconds::zero();
     const ScopeExit handOver([&] {

@@ -1,8 +1,10 @@
-#include "module.h"
+// Every static object of the library that has a destructor, in the order of construction: the
+// built-in settings, which this header defines, come first and the handler's keeper comes last. No
+// other source may have such objects: across sources, the linker would choose the order.
+#include <lapwing/built_in_settings.h>
 
-// The first static objects of the library are the built-in settings in this header. No other
-// source of the library may include them: the linker decides which source's objects come first.
-#include <lapwing/settings.h>
+#include "instrumentation/global_handler.h"
+#include "timing/logging_setting.h"
 
 #include <array>
 #include <cstddef>
@@ -11,28 +13,20 @@
 
 namespace lapwing {
 
-std::atomic<DeveloperSettings::Provider*> installedProvider{nullptr};
-
-std::atomic<std::int32_t> liveInstrumentationCount{0};
-
-bool enableTimingProfileLogging() {
-    return DeveloperConfig::enableTimingProfileLogging.value();
-}
-
 namespace {
 
-// The handler itself is never destroyed, so that it can be asked for at any time; its keeper, the
-// last static object and so the first to go, empties it.
+bool isDestroyed = false;
+
+// The handler is never destroyed, so that it can be asked for at any time; its keeper empties it.
 alignas(LogMessageHandler) std::array<std::byte, sizeof(LogMessageHandler)> handlerStorage;
 LogMessageHandler& handler = *new (handlerStorage.data()) LogMessageHandler;
-bool isUnloaded = false;
 
 struct HandlerKeeper {
     HandlerKeeper() = default;
     HandlerKeeper(const HandlerKeeper&) = delete;
     HandlerKeeper& operator=(const HandlerKeeper&) = delete;
     ~HandlerKeeper() {
-        isUnloaded = true;
+        isDestroyed = true;
         const LogMessageHandler last = std::exchange(handler, nullptr);
     }
 };
@@ -41,12 +35,16 @@ const HandlerKeeper handlerKeeper;
 
 }  // namespace
 
+bool enableTimingProfileLogging() {
+    return !isDestroyed && DeveloperConfig::enableTimingProfileLogging.value();
+}
+
 const LogMessageHandler& globalLogMessageHandler() noexcept {
     return handler;
 }
 
 void setGlobalLogMessageHandler(LogMessageHandler replacement) {
-    if (!isUnloaded) {
+    if (!isDestroyed) {
         const LogMessageHandler previous = std::exchange(handler, std::move(replacement));
     }
 }

@@ -1,7 +1,6 @@
-#define LAPWING_NO_BUILT_IN_SETTINGS
-#include <lapwing/settings.h>
+#include <lapwing/setting_types.h>
 
-#include "module.h"
+#include "settings/installed_provider.h"
 
 #include <utility>
 
@@ -9,8 +8,8 @@ using lapwing::installedProvider;
 
 namespace {
 
-// Lambdas of the exported members would take their names from them, and what the standard library
-// makes of such lambdas would be exported too.
+// Not written as lambdas in the exported members: the standard library's instantiations for such
+// lambdas would be exported too.
 
 template <class V>
 V zero() {
@@ -72,11 +71,11 @@ template struct Setting<std::wstring>;
 namespace DeveloperConfig {
 
 template <class V>
-Item<V>::Item(const char* key, Parameter<V> fallback)
+Item<V>::Item(const char* key, lapwing::detail::Parameter<V> fallback)
     : DeveloperSettings::Setting<V>(key, always<V>(fallback)) {}
 
 template <class V>
-void Item<V>::set(Parameter<V> value) {
+void Item<V>::set(lapwing::detail::Parameter<V> value) {
     if (auto* const provider = installedProvider.load(std::memory_order_acquire)) {
         provider->setValue(this->name, value);
     }
