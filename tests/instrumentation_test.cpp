@@ -30,7 +30,6 @@ struct Grouping : std::numpunct<char> {
 
 // In a locale that writes a thousand as 1,000.
 struct ClockedInstrumentation : testing::Test {
-    void SetUp() override { SKIP_WITHOUT_SUBSTITUTES(); }
     void TearDown() override { std::locale::global(std::locale::classic()); }
     const std::locale before = std::locale::global({std::locale::classic(), new Grouping});
     FakeClock clock;
@@ -71,7 +70,7 @@ TEST_F(ClockedInstrumentation, SendsNotesInTheirForms) {
                      "  N: Header", "    Header: four", "    Header: " + longText}));
 }
 
-TEST_F(ClockedInstrumentation, CutsTimesTowardZero) {
+TEST_F(ClockedInstrumentation, TruncatesTimesTowardZero) {
     for (const auto& [length, milliseconds] : std::vector<std::pair<std::chrono::nanoseconds, int>>{
              {999'999ns, 0}, {1'000'000ns, 1}, {1'999'999ns, 1}, {-1'999'999ns, -1}}) {
         {
@@ -108,7 +107,7 @@ TEST_F(ClockedInstrumentation, KeepsTheLogsOwnTimeOutOfWhatItMeasures) {
     }
     EXPECT_EQ(log.lines, Lines({"N: Begin", "  N: first - 0 ms", "  N: second - 100 ms",
                                 "  N: Final Lap - 100 ms", "N: End - 300 ms"}));
-    EXPECT_EQ(clock.readings(), 6);
+    EXPECT_EQ(clock.readings, 6);
 }
 
 TEST_F(ClockedInstrumentation, StartsTheNextLapEvenWhereSendingFails) {

@@ -76,7 +76,6 @@ struct Sampling : testing::Test {
 };
 
 struct SamplingInTime : Sampling {
-    void SetUp() override { SKIP_WITHOUT_SUBSTITUTES(); }
     const std::string begin = "Load: Begin";
     const std::string note = "  Load: note: executing timing profile sample fn took - 15ms";
     const std::string collecting = "  Load: about to augment timing profile sample - ";

@@ -1,5 +1,7 @@
 #include "support.h"
 
+#include <lapwing/settings.h>
+
 #include <gtest/gtest.h>
 
 #include <tuple>

@@ -1,68 +1,44 @@
 #include "support.h"
 
+#include "clock.h"
+
 #include <atomic>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <exception>
 #include <new>
+#include <thread>
 
 namespace {
 
-std::atomic<bool> isClockFake{false};
-std::atomic<std::int64_t> fakeTime{0};
-std::atomic<std::int64_t> fakeTimePerReading{0};
-std::atomic<int> clockReadings{0};
+using lapwing::Clock;
+
+FakeClock* fakeClock = nullptr;
 
 thread_local bool areAllocationsCounted = false;
 thread_local std::size_t allocationCount = 0;
 thread_local std::size_t failingAllocation = 0;
 
-std::int64_t nextFakeTime() {
-    return fakeTime += fakeTimePerReading;
-}
-
-#ifdef _MSC_VER
-// Microsoft's steady clock is inline: nothing can stand in for it.
-std::int64_t systemTime() {
-    return 0;
-}
-#else
-std::int64_t systemTime() {
-    constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return now.tv_sec * nanosecondsPerSecond + now.tv_nsec;
-}
-#endif
-
 }  // namespace
 
-#ifndef _MSC_VER
-std::chrono::steady_clock::time_point std::chrono::steady_clock::now() noexcept {
-    ++clockReadings;
-    return time_point(duration(isClockFake ? nextFakeTime() : systemTime()));
+Clock::time_point lapwing::now() noexcept {
+    return fakeClock != nullptr ? fakeClock->read() : Clock::now();
 }
-#endif
 
-FakeClock::FakeClock(std::chrono::nanoseconds perReading) {
-    fakeTime = systemTime();
-    fakeTimePerReading = perReading.count();
-    clockReadings = 0;
-    isClockFake = true;
+void lapwing::sleepFor(Clock::duration pause) {
+    if (fakeClock != nullptr) {
+        fakeClock->sleep(pause);
+    } else {
+        std::this_thread::sleep_for(pause);
+    }
+}
+
+FakeClock::FakeClock() {
+    fakeClock = this;
 }
 
 FakeClock::~FakeClock() {
-    isClockFake = false;
-}
-
-void FakeClock::advance(std::chrono::nanoseconds time) {
-    fakeTime += time.count();
-}
-
-int FakeClock::readings() {
-    return clockReadings;
+    fakeClock = nullptr;
 }
 
 void exitOnTerminate() {

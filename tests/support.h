@@ -4,8 +4,9 @@
 #define LAPWING_TESTS_SUPPORT_H
 
 #include <lapwing/instrumentation.h>
-#include <lapwing/settings.h>
+#include <lapwing/setting_types.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <functional>
@@ -17,11 +18,13 @@
 using Lines = std::vector<std::string>;
 
 // Stores what is written, and tells which operations it was called with. Installed while it lives.
-class StoringProvider : public DeveloperSettings::Provider {
+class StoringProvider final : public DeveloperSettings::Provider {
 public:
     using Value = std::variant<std::wstring, std::string, double, std::int32_t, bool>;
 
     StoringProvider() { install(this); }
+    StoringProvider(const StoringProvider&) = default;
+    StoringProvider& operator=(const StoringProvider&) = default;
     ~StoringProvider() override { install(nullptr); }
 
     static void install(Provider* provider) { setInstance(provider); }
@@ -88,25 +91,37 @@ public:
     std::function<void(const std::string&)> onLine = [](const std::string&) {};
 };
 
-// A program's own steady clock and its operator new stand in for the library's only where the
-// library resolves them to the program's: not inside a DLL.
-#ifdef LAPWING_TESTS_USE_A_DLL
-#define SKIP_WITHOUT_SUBSTITUTES() GTEST_SKIP() << "runs where the library is built in"
-#else
-#define SKIP_WITHOUT_SUBSTITUTES() static_assert(true)
-#endif
-
 // Makes std::terminate exit with code 3 and the word "terminated", on every system.
 void exitOnTerminate();
 
-// While it lives, the steady clock stands still but for what moves it here.
+// While it lives, the library reads this clock and sleeps by it. It moves only where it is told to.
 class FakeClock {
 public:
-    explicit FakeClock(std::chrono::nanoseconds perReading = {});
+    using Duration = std::chrono::nanoseconds;
+    using Time = std::chrono::steady_clock::time_point;
+
+    FakeClock();
+    FakeClock(const FakeClock&) = delete;
+    FakeClock& operator=(const FakeClock&) = delete;
     ~FakeClock();
 
-    static void advance(std::chrono::nanoseconds time);
-    static int readings();
+    void advance(Duration length) { time += length; }
+    Time read() {
+        ++readings;
+        return time;
+    }
+    // Wakes up after longestSleep, however long the sleep was to be.
+    void sleep(Duration pause) {
+        slept += std::min(pause, longestSleep);
+        time += std::min(pause, longestSleep);
+    }
+
+    int readings = 0;
+    Duration slept{};
+    Duration longestSleep = Duration::max();
+
+private:
+    Time time{std::chrono::hours(1)};
 };
 
 // Returns how many allocations `action` makes on this thread; the one numbered `failing` fails.
