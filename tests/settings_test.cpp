@@ -59,31 +59,23 @@ TYPED_TEST(SettingsOf, ReadAndWriteThroughTheProvider) {
 }
 
 TYPED_TEST(SettingsOf, HaveNoDefaultOnceMovedFrom) {
-    const auto expectMoved = [](auto from) {
-        auto to = std::move(from);
-        const TypeParam before = to();
-        EXPECT_THROW((void)from.value(), std::bad_function_call);
-        StoringProvider provider;
-        EXPECT_THROW((void)from(), std::bad_function_call);
-        EXPECT_FALSE(from.hasValue());
-        EXPECT_EQ(provider.calls, Lines({"exists"}));
-        auto& self = to;
-        to = std::move(self);
-        EXPECT_EQ(to(), before);
-        from.name = "other";
-        from = std::move(to);
-        EXPECT_STREQ(from.name, "key");
-        EXPECT_EQ(from(), before);
-        EXPECT_THROW((void)to(), std::bad_function_call);
-    };
-    expectMoved(this->reader);
-    expectMoved(this->item);
-    const auto taken = std::move(this->item);
+    auto to = std::move(this->item);
+    EXPECT_THROW((void)this->item(), std::bad_function_call);
     StoringProvider provider;
+    EXPECT_THROW((void)this->item.value(), std::bad_function_call);
+    EXPECT_EQ(provider.calls, Lines());
     this->item.set(this->zero);
-    EXPECT_EQ(taken(), this->zero);
+    EXPECT_TRUE(this->item.hasValue());
+    EXPECT_EQ(to(), this->zero);
     this->item.clear();
-    EXPECT_EQ(taken(), sample<TypeParam>);
+    auto& self = to;
+    to = std::move(self);
+    EXPECT_EQ(to(), sample<TypeParam>);
+    this->item.name = "other";
+    this->item = std::move(to);
+    EXPECT_STREQ(this->item.name, "key");
+    EXPECT_EQ(this->item(), sample<TypeParam>);
+    EXPECT_THROW((void)to(), std::bad_function_call);
 }
 
 TEST(Provider, IsTheOneInstalledLastWhenAReadBegins) {
@@ -116,15 +108,16 @@ TEST(Settings, KeepTheKeyAndCopyTheDefault) {
 }
 
 TEST(BuiltInSettings, HaveTheKeysAndDefaultsThatHostsRelyOn) {
-    EXPECT_STREQ(DeveloperSettings::developerMode.name, "developerMode");
-    EXPECT_STREQ(DeveloperSettings::tradeshow.name, "tradeshow");
-    EXPECT_STREQ(DeveloperConfig::enableTimingProfileLogging.name, "enableTimingProfileLogging");
-    EXPECT_STREQ(DeveloperSettings::imageDirectory.name, "logging.ImageDirectory");
-    EXPECT_EQ(DeveloperSettings::imageDirectory.name, DeveloperSettings::imageDirectoryW.name);
-    EXPECT_FALSE(DeveloperSettings::developerMode() || DeveloperSettings::tradeshow());
-    EXPECT_FALSE(DeveloperConfig::enableTimingProfileLogging());
-    EXPECT_EQ(DeveloperSettings::imageDirectory(), "");
-    EXPECT_EQ(DeveloperSettings::imageDirectoryW(), L"");
+    using namespace DeveloperSettings;
+    using DeveloperConfig::enableTimingProfileLogging;
+    EXPECT_EQ(Lines({developerMode.name, tradeshow.name, enableTimingProfileLogging.name,
+                     imageDirectory.name}),
+              Lines({"developerMode", "tradeshow", "enableTimingProfileLogging",
+                     "logging.ImageDirectory"}));
+    EXPECT_EQ(imageDirectory.name, imageDirectoryW.name);
+    EXPECT_FALSE(developerMode() || tradeshow() || enableTimingProfileLogging());
+    EXPECT_EQ(imageDirectory(), "");
+    EXPECT_EQ(imageDirectoryW(), L"");
 }
 
 }  // namespace
