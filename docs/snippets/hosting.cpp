@@ -1,4 +1,4 @@
-// A host's life: what it installs before its threads start, and takes back after they have ended.
+// What a host installs before its threads start, and uninstalls after they have ended.
 
 #include <lapwing/settings.h>
 #include <lapwing/timing_profiles.h>
@@ -13,8 +13,8 @@
 
 namespace {
 
-// Switches the logging of timing profiles on. It never changes, so it needs no lock.
-class Options : public DeveloperSettings::Provider {
+// Turns on the logging of timing profiles. It never changes, so it needs no lock.
+class Options final : public DeveloperSettings::Provider {
 public:
     Options() { setInstance(this); }
     Options(const Options&) = delete;
@@ -27,8 +27,8 @@ public:
     }
 };
 
-// Counts lines, of all threads.
-class Log {
+// Counts the lines of all threads.
+class Log final {
 public:
     Log() {
         Instrumentation::setGlobalLogMessageHandler(

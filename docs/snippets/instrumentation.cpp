@@ -1,4 +1,4 @@
-// Two nested scopes that tell how long they took.
+// Two nested scopes that log how long they take.
 
 #include <lapwing/instrumentation.h>
 

@@ -1,4 +1,4 @@
-// A host that keeps its developer options in memory, and a setting that goes to them.
+// A host that keeps its developer options in memory, and a setting that is stored there.
 
 #include <lapwing/settings.h>
 
@@ -7,8 +7,8 @@
 #include <mutex>
 #include <string>
 
-// Supports integers. Settings of other types keep their defaults.
-class Options : public DeveloperSettings::Provider {
+// Stores integers. Settings of other types keep their defaults.
+class Options final : public DeveloperSettings::Provider {
 public:
     Options() { setInstance(this); }
     Options(const Options&) = delete;
@@ -54,7 +54,7 @@ int main() {
     std::cout << "stored: " << retries() << '\n';
 
     const DeveloperSettings::Integer sameKey{"net.retries"};
-    std::cout << "another object of the key: " << sameKey() << '\n';
+    std::cout << "another object with this key: " << sameKey() << '\n';
     retries.clear();
     std::cout << "cleared: " << retries() << " and " << sameKey() << '\n';
 }

@@ -1,4 +1,4 @@
-// Records how long a scanner takes, and makes its stand-in take as long.
+// Records how long a scanner takes, then makes its stand-in take as long.
 
 #include <lapwing/timing_profiles.h>
 
