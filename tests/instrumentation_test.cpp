@@ -154,33 +154,17 @@ TEST(Instrumentation, ChoosesTheHandlerAnewForEachLineButOnceForABlock) {
 
 TEST(Instrumentation, KeepsAHandlerAliveThatReplacesItself) {
     auto state = std::make_shared<std::string>("alive");
-    const std::weak_ptr<std::string> watch = state;
     std::string seen;
     Instrumentation::setGlobalLogMessageHandler(
-        [state = std::move(state), &seen](const std::string& /*line*/) {
+        [held = std::move(state), &seen](const std::string& /*line*/) {
             Instrumentation::setGlobalLogMessageHandler({});
-            seen = *state;
+            seen = *held;
         });
     Instrumentation("N", true, {});
     EXPECT_EQ(seen, "alive");
-    EXPECT_TRUE(watch.expired());
 }
 
-TEST(Instrumentation, KeepsTheHandlerWhenItsReplacementCannotBeCopied) {
-    struct Uncopyable {
-        Uncopyable() = default;
-        Uncopyable(const Uncopyable& /*other*/) { throw std::runtime_error("no copy"); }
-        Uncopyable(Uncopyable&&) = default;
-        void operator()(const std::string& /*line*/) const {}
-    };
-    GlobalLog log;
-    const LogMessageHandler uncopyable = Uncopyable();
-    EXPECT_THROW(Instrumentation::setGlobalLogMessageHandler(uncopyable), std::runtime_error);
-    Instrumentation("N", true, {});
-    EXPECT_EQ(log.lines.size(), 2U);
-}
-
-TEST(Instrumentation, LetsOutWhatTheHandlerThrowsSaveAtTheEnd) {
+TEST(Instrumentation, LetsTheHandlersExceptionsPropagateExceptAtTheEnd) {
     GlobalLog log;
     log.onLine = throwAt("bad");
     {

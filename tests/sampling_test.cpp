@@ -55,12 +55,13 @@ struct Sampling : testing::Test {
             clock.advance(85ms);
         };
     }
-    void run(Entry entry, bool logging = true) {
+    const Lines& run(Entry entry, bool logging = true) {
         events.clear();
         call(entry, handler("collect"), handler("emulate"), logging, [this](Instrumentation&) {
             reach("work");
             clock.advance(15ms);
         });
+        return events;
     }
     const Lines& runFailing(Entry entry, const std::string& event) {
         failing = event;
@@ -87,19 +88,16 @@ struct SamplingInTime : Sampling {
 
 TEST_F(SamplingInTime, SendsItsLinesAndCallsItsHandlersInOrder) {
     for (const Entry entry : {Entry::both, Entry::bothFlagged}) {
-        run(entry);
-        EXPECT_EQ(events,
+        EXPECT_EQ(run(entry),
                   Lines({begin, "work", note, collecting + "15 ms", "collect Load 15",
                          emulating + "85 ms", "emulate Load 15", finalLap85, end + "185 ms"}));
     }
     for (const Entry entry : {Entry::collect, Entry::collectFlagged}) {
-        run(entry);
-        EXPECT_EQ(events, Lines({begin, "work", note, collecting + "15 ms", "collect Load 15",
-                                 finalLap85, end + "100 ms"}));
+        EXPECT_EQ(run(entry), Lines({begin, "work", note, collecting + "15 ms", "collect Load 15",
+                                     finalLap85, end + "100 ms"}));
     }
-    run(Entry::emulate);
-    EXPECT_EQ(events, Lines({begin, "work", note, emulating + "15 ms", "emulate Load 15",
-                             finalLap85, end + "100 ms"}));
+    EXPECT_EQ(run(Entry::emulate), Lines({begin, "work", note, emulating + "15 ms",
+                                          "emulate Load 15", finalLap85, end + "100 ms"}));
 }
 
 TEST_F(SamplingInTime, HandsOverWhatWasMeasuredBeforeAFailureAndNothingAfter) {
@@ -115,9 +113,7 @@ TEST_F(SamplingInTime, HandsOverWhatWasMeasuredBeforeAFailureAndNothingAfter) {
                   Lines({begin, "work", note, collecting + "15 ms", "collect Load 15", finalLap0,
                          end + "15 ms"}));
     }
-    for (const Entry entry : {Entry::both, Entry::bothFlagged}) {
-        EXPECT_EQ(runFailing(entry, "emulate Load 15").back(), end + "100 ms");
-    }
+    EXPECT_EQ(runFailing(Entry::both, "emulate Load 15").back(), end + "100 ms");
     EXPECT_EQ(runFailing(Entry::emulate, "work"), Lines({begin, "work", end + "0 ms"}));
     EXPECT_EQ(runFailing(Entry::emulate, note), Lines({begin, "work", note, end + "15 ms"}));
 }
