@@ -2,7 +2,6 @@
 
 #include "usage_error.h"
 
-#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <locale>
@@ -36,25 +35,17 @@ std::optional<Number> parseNumber(const std::string& text) {
     return !stream.fail() && stream.eof() ? std::optional(number) : std::nullopt;
 }
 
-bool isAscii(const std::wstring& text) {
-    constexpr std::uint32_t asciiEnd = 0x80;
-    return std::all_of(text.begin(), text.end(), [](wchar_t character) {
-        return static_cast<std::uint32_t>(character) < asciiEnd;
-    });
-}
-
-std::optional<std::wstring> widen(const std::string& text) {
-    std::wstring wide(text.size(), L'\0');
-    std::transform(text.begin(), text.end(), wide.begin(),
-                   [](char character) { return static_cast<unsigned char>(character); });
-    return isAscii(wide) ? std::optional(std::move(wide)) : std::nullopt;
-}
-
-std::string narrow(const std::wstring& ascii) {
-    std::string text(ascii.size(), '\0');
-    std::transform(ascii.begin(), ascii.end(), text.begin(),
-                   [](wchar_t character) { return static_cast<char>(character); });
-    return text;
+// Returns nothing for text that is not ASCII.
+template <class To, class From>
+std::optional<To> convertAscii(const From& text) {
+    To converted;
+    for (const auto character : text) {
+        if (static_cast<std::uint32_t>(character) > 0x7F) {
+            return std::nullopt;
+        }
+        converted += static_cast<typename To::value_type>(character);
+    }
+    return converted;
 }
 
 UsageError unsuitable(const std::string& key, const std::string& value, const char* wanted) {
@@ -66,7 +57,7 @@ std::optional<V> parse(const std::string& text) {
     if constexpr (std::is_same_v<V, bool>) {
         return parseBoolean(text);
     } else if constexpr (std::is_same_v<V, std::wstring>) {
-        return widen(text);
+        return convertAscii<std::wstring>(text);
     } else if constexpr (std::is_same_v<V, std::string>) {
         return text;
     } else {
@@ -137,10 +128,11 @@ void TextSettings::setValue(const char* key, const std::string& value) {
 }
 
 void TextSettings::setValue(const char* key, const std::wstring& value) {
-    if (!isAscii(value)) {
+    const auto text = convertAscii<std::string>(value);
+    if (!text) {
         throw unsuitable(key, "the new value", expected<std::wstring>);
     }
-    write(key, narrow(value));
+    write(key, *text);
 }
 
 void TextSettings::clear(const char* key) {

@@ -1,5 +1,5 @@
 /// @file
-/// A complete settings provider: values are kept as text and converted when they are read.
+/// A complete settings provider that stores text and converts it when it is read.
 
 #ifndef REPLAY_HOST_TEXT_SETTINGS_H
 #define REPLAY_HOST_TEXT_SETTINGS_H
@@ -13,19 +13,21 @@
 #include <optional>
 #include <string>
 
-/// The process-wide settings provider from its construction to its destruction. It must outlive
-/// all threads that use settings, so it is made first and on the stack of main.
+/// The settings provider of the whole process, from its construction to its destruction. Make one
+/// only, first in main(), so that it outlives all threads that use settings.
 ///
-/// A Boolean is written true, false, 1 or 0; an integer or a floating-point number in decimal, with
-/// nothing around it, whatever the locale. A wide string is ASCII, which reads the same in every
-/// encoding; a host with other text in it converts by the means of its platform.
+/// A Boolean is written true, false, 1 or 0. Integers and floating-point numbers are decimal, in
+/// every locale, without spaces. A wide string must be ASCII, which is the same in every encoding.
 ///
-/// A read throws UsageError, naming key and value, when the text is not of the type asked for: a
-/// host reads its settings once at its start to have that settled. So does writing a wide string
-/// that is not ASCII, or a number that is not finite.
+/// Reading a text that is not of the wanted type throws UsageError, which names key and value. A
+/// host reads its settings once when it starts, so that this happens early. Writing a wide string
+/// that is not ASCII, or a number that is not finite, throws UsageError too.
+///
+/// The class is final because it installs itself in its constructor: other threads could call a
+/// derived object that is not complete yet.
 ///
 /// Thread safety: any number of threads may call any member at once.
-class TextSettings : public DeveloperSettings::Provider {
+class TextSettings final : public DeveloperSettings::Provider {
 public:
     using Texts = std::map<std::string, std::string, std::less<>>;
 

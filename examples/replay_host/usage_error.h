@@ -3,8 +3,7 @@
 
 #include <stdexcept>
 
-/// What the user asked for cannot be done; the text names what was wrong. Ends the host with exit
-/// code 2.
+/// What the user asked for cannot be done; the text says why. The host ends with exit code 2.
 struct UsageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
