@@ -6,9 +6,26 @@
 #include <optional>
 #include <system_error>
 
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
 namespace fs = std::filesystem;
 
 namespace {
+
+// Links are of type symlink, whatever they lead to.
+fs::file_type typeOf(const fs::directory_entry& entry) {
+#ifdef _WIN32
+    // MinGW's <filesystem> knows neither junctions nor symbolic links. Both are reparse points.
+    // Where there are no attributes to be had, all bits are set, and the entry is skipped too.
+    if ((GetFileAttributesW(entry.path().c_str()) & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
+        return fs::file_type::symlink;
+    }
+#endif
+    std::error_code error;
+    return entry.symlink_status(error).type();
+}
 
 void addFile(const fs::directory_entry& entry, FileTree& tree) {
     std::error_code error;
@@ -22,8 +39,7 @@ void addFile(const fs::directory_entry& entry, FileTree& tree) {
 
 void addEntry(const fs::directory_entry& entry, FileTree& tree, std::vector<fs::path>& folders) {
     ++tree.entries;
-    std::error_code error;
-    switch (entry.symlink_status(error).type()) {
+    switch (typeOf(entry)) {
         case fs::file_type::regular:
             addFile(entry, tree);
             break;

@@ -1,5 +1,5 @@
 /// @file
-/// The real operations: what the host times. They know nothing of timing.
+/// The real operations that the host times. They do not know that they are timed.
 
 #ifndef REPLAY_HOST_WORD_STATISTICS_H
 #define REPLAY_HOST_WORD_STATISTICS_H
@@ -14,7 +14,7 @@
 
 inline constexpr std::uintmax_t bytesPerMebibyte = std::uintmax_t{1} << 20U;
 
-/// How much is read and looked at, so that any tree at all takes little memory and time.
+/// Limits, so that even a huge tree takes little memory and time.
 inline constexpr std::uintmax_t maxBytes = 32 * bytesPerMebibyte;
 inline constexpr std::size_t maxEntries = 100'000;
 
@@ -27,25 +27,25 @@ struct FileTree {
 
     std::vector<File> files;
 
-    /// Everything looked at: files, folders and what was skipped. The walk ends at maxEntries.
+    /// All files, folders and skipped entries. The walk stops at maxEntries.
     std::size_t entries = 0;
 
-    /// Links, which are not followed, special files, and folders that cannot be listed.
+    /// Links, which are not followed, special files and unreadable folders.
     std::size_t skipped = 0;
 };
 
-/// The bytes of the files that could be read, one element for each.
 struct FileContents {
+    /// The bytes of each file that could be read.
     std::vector<std::string> texts;
 
-    /// All bytes together. Reading ends at maxBytes, in the middle of a file if need be.
+    /// The number of bytes in all texts. Reading stops at maxBytes, even in the middle of a file.
     std::uintmax_t bytes = 0;
 
     /// Files that could not be opened or read.
     std::size_t skipped = 0;
 };
 
-/// How often each word occurs. A word is a run of ASCII letters, taken as it is written.
+/// How often each word occurs. A word is a sequence of ASCII letters; case matters.
 using WordCounts = std::unordered_map<std::string, std::size_t>;
 using WordRanking = std::vector<std::pair<std::string, std::size_t>>;
 
@@ -53,7 +53,7 @@ using WordRanking = std::vector<std::pair<std::string, std::size_t>>;
 [[nodiscard]] FileContents readBytes(const FileTree& tree);
 [[nodiscard]] WordCounts countWords(const FileContents& contents);
 
-/// Returns the words, most frequent first, those of equal frequency by their bytes.
+/// Returns the words, most frequent first. Words of equal frequency are in alphabetical order.
 [[nodiscard]] WordRanking sortByFrequency(const WordCounts& counts);
 
 #endif  // REPLAY_HOST_WORD_STATISTICS_H
