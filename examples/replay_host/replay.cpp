@@ -8,16 +8,7 @@
 
 namespace {
 
-constexpr Milliseconds overrun{20};
-
-void doNothing(Instrumentation& /*instrumentation*/) {}
-
-InstrumentedFunction doNothingFor(Milliseconds duration) {
-    return
-        [duration](Instrumentation& /*instrumentation*/) { std::this_thread::sleep_for(duration); };
-}
-
-// The padding happens inside the work that is collected, so it counts as part of it.
+// The emulator pads within the work that the collector times, so the padding is included.
 void replayRun(TimingProfileCollector& collector, TimingProfileEmulator& emulator,
                const std::string& name, const InstrumentedFunction& standIn) {
     collectTimingProfileSample(std::ref(collector), name, [&](Instrumentation& /*whole*/) {
@@ -42,8 +33,10 @@ Replay replayPass(const TimingProfile& recorded, const std::vector<std::string>&
                   const std::string& slowName, std::int32_t runs) {
     const Instrumentation pass("Second pass", DeveloperConfig::enableTimingProfileLogging(), {});
     const Milliseconds slowAverage = averageOf(recorded, slowName).value_or(Milliseconds::zero());
-    const InstrumentedFunction standIn = doNothing;
-    const InstrumentedFunction slowStandIn = doNothingFor(slowAverage + overrun);
+    const InstrumentedFunction standIn = [](Instrumentation& /*instrumentation*/) {};
+    const InstrumentedFunction slowStandIn = [&](Instrumentation& /*instrumentation*/) {
+        std::this_thread::sleep_for(slowAverage + plannedOverrun);
+    };
     TimingProfileCollector collector;
     TimingProfileEmulator emulator;
     emulator.setProfile(recorded);
@@ -58,7 +51,7 @@ Replay replayPass(const TimingProfile& recorded, const std::vector<std::string>&
 
 std::optional<Milliseconds> averageOf(const TimingProfile& profile, const std::string& name) {
     const auto found = profile.samples.find(name);
-    if (found == profile.samples.end()) {
+    if (found == profile.samples.end() || found->second.empty()) {
         return std::nullopt;
     }
     const std::vector<Milliseconds>& samples = found->second;

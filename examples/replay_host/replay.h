@@ -1,5 +1,5 @@
 /// @file
-/// The two passes: operations recorded, then replayed by stand-ins.
+/// The two passes: operations are recorded, then replayed by stand-ins.
 
 #ifndef REPLAY_HOST_REPLAY_H
 #define REPLAY_HOST_REPLAY_H
@@ -11,31 +11,32 @@
 #include <string>
 #include <vector>
 
-/// Something that the host does and times.
 struct Operation {
     std::string name;
     InstrumentedFunction work;
 };
 
-/// What became of a replay.
 struct Replay {
-    /// How long each padded run lasted as a whole.
+    /// How long each run took, padding included.
     TimingProfile durations;
 
-    /// Where a run could not be made to last as long as recorded.
+    /// The emulator's error profile: overruns, and names without a recorded average.
     TimingProfile errors;
 };
+
+/// How much too slow the last replay of one operation is made, so that an overrun can be seen.
+inline constexpr Milliseconds plannedOverrun{20};
 
 /// Runs each operation `runs` times, one operation after the other, and returns how long it took.
 [[nodiscard]] TimingProfile recordPass(const std::vector<Operation>& operations, std::int32_t runs);
 
-/// Runs a stand-in for each name `runs` times. It does nothing and is padded to its recorded
-/// average, save for the last run of `slowName`, which takes longer than that.
+/// Replays each name `runs` times: a stand-in does nothing and is padded to the recorded average.
+/// The last replay of `slowName` takes `plannedOverrun` longer than that average.
 [[nodiscard]] Replay replayPass(const TimingProfile& recorded,
                                 const std::vector<std::string>& names, const std::string& slowName,
                                 std::int32_t runs);
 
-/// Returns the average of the samples of `name` in whole milliseconds, if it has any.
+/// Returns the average of the samples of `name`, truncated to whole milliseconds, if there are any.
 [[nodiscard]] std::optional<Milliseconds> averageOf(const TimingProfile& profile,
                                                     const std::string& name);
 

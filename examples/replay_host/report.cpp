@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <iomanip>
 #include <ios>
-#include <numeric>
 #include <sstream>
 
 namespace {
@@ -34,7 +33,8 @@ std::string formatDifference(std::optional<Milliseconds> recorded,
         return "-";
     }
     const Milliseconds difference = *replayed - *recorded;
-    return (difference > Milliseconds::zero() ? "+" : "") + formatTime(difference);
+    const std::string sign = difference > Milliseconds::zero() ? "+" : "";
+    return sign + formatTime(difference);
 }
 
 std::string formatOverruns(const TimingProfile& errors, const std::string& name) {
@@ -43,8 +43,8 @@ std::string formatOverruns(const TimingProfile& errors, const std::string& name)
         return "0";
     }
     std::string amounts;
-    for (const Milliseconds overrun : found->second) {
-        amounts += (amounts.empty() ? "" : ", ") + formatTime(overrun);
+    for (const Milliseconds amount : found->second) {
+        amounts.append(amounts.empty() ? "" : ", ").append(formatTime(amount));
     }
     return std::to_string(found->second.size()) + " (" + amounts + ")";
 }
@@ -85,11 +85,6 @@ void writeRow(std::ostream& out, const Row& row, const Widths& widths) {
     out << row.back() << '\n';
 }
 
-std::size_t totalCount(const WordRanking& ranking) {
-    return std::accumulate(ranking.begin(), ranking.end(), std::size_t{0},
-                           [](std::size_t sum, const auto& entry) { return sum + entry.second; });
-}
-
 void writeFrequentWords(std::ostream& out, const WordRanking& ranking) {
     constexpr std::size_t shown = 5;
     const char* separator = ", most frequent: ";
@@ -103,6 +98,10 @@ void writeFrequentWords(std::ostream& out, const WordRanking& ranking) {
 
 std::string formatStatistics(const FileTree& tree, const FileContents& contents,
                              const WordRanking& ranking) {
+    std::size_t words = 0;
+    for (const auto& [word, count] : ranking) {
+        words += count;
+    }
     std::ostringstream out;
     out << tree.files.size() << " files found, " << contents.texts.size() << " read ("
         << contents.bytes << " bytes), " << tree.skipped + contents.skipped
@@ -113,7 +112,7 @@ std::string formatStatistics(const FileTree& tree, const FileContents& contents,
     if (contents.bytes == maxBytes) {
         out << "Reading stopped at the limit of " << maxBytes / bytesPerMebibyte << " MiB\n";
     }
-    out << totalCount(ranking) << " words, " << ranking.size() << " different";
+    out << words << " words, " << ranking.size() << " different";
     writeFrequentWords(out, ranking);
     out << '\n';
     return out.str();
@@ -130,5 +129,20 @@ std::string formatTable(const std::vector<std::string>& names, const TimingProfi
     for (const Row& row : rows) {
         writeRow(out, row, widths);
     }
+    return out.str();
+}
+
+std::string formatExplanation(const std::string& slowName, const std::string& unrecordedName) {
+    std::ostringstream out;
+    out << "Recorded: the real operation. Replayed: a stand-in that does nothing and is padded\n"
+           "to the recorded average, so that it takes as long.\n"
+           "Averages are whole milliseconds. An average of 0 ms counts as no sample data, because\n"
+           "there is nothing to pad to. A larger folder takes longer.\n"
+           "\""
+        << unrecordedName
+        << "\" is never recorded, on purpose, to show an operation without data.\n"
+        << "The last replay of \"" << slowName << "\" is " << formatTime(plannedOverrun)
+        << " too slow, on purpose, to show an overrun.\n"
+           "Without data there is no overrun, only the delay.\n";
     return out.str();
 }

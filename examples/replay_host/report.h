@@ -10,12 +10,16 @@
 #include <string>
 #include <vector>
 
-/// Returns lines that tell what the real operations found.
+/// Returns lines that say what the real operations found.
 [[nodiscard]] std::string formatStatistics(const FileTree& tree, const FileContents& contents,
                                            const WordRanking& ranking);
 
 /// Returns a table with a row for each name, in the order given.
 [[nodiscard]] std::string formatTable(const std::vector<std::string>& names,
                                       const TimingProfile& recorded, const Replay& replay);
+
+/// Returns lines that explain the table.
+[[nodiscard]] std::string formatExplanation(const std::string& slowName,
+                                            const std::string& unrecordedName);
 
 #endif  // REPLAY_HOST_REPORT_H
