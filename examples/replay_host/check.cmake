@@ -11,7 +11,7 @@ endfunction()
 # A stream without a pattern must stay empty.
 function(check name)
     cmake_parse_arguments(PARSE_ARGV 1 expected "" "EXIT;OUTPUT;ERROR" "ARGUMENTS")
-    execute_process(COMMAND ${HOST} ${expected_ARGUMENTS}
+    execute_process(COMMAND ${HOST} ${expected_ARGUMENTS} ENCODING UTF8
         RESULT_VARIABLE exit_code OUTPUT_VARIABLE output ERROR_VARIABLE error)
     if(NOT exit_code STREQUAL expected_EXIT)
         message(SEND_ERROR "${name}: exit code ${exit_code}, not ${expected_EXIT}")
@@ -22,25 +22,44 @@ endfunction()
 
 function(check_refusal name reason)
     check(${name} EXIT 2 ARGUMENTS ${ARGN}
-        ERROR "replay_host: ${reason}[^\n]*\nTry: replay_host --help\n")
+        ERROR "${program}: ${reason}[^\n]*\nTry: ${program} --help\n")
 endfunction()
 
+set(ENV{LC_ALL} C.UTF-8)  # Wine reads the names of files as the locale says.
 file(REMOVE_RECURSE ${FOLDER})
+get_filename_component(program "${HOST}" NAME)
+if(HOST MATCHES "^;" AND NOT CMAKE_HOST_WIN32)  # Started as it is, with no DLL beside it.
+    set(program renamed)
+    file(MAKE_DIRECTORY ${FOLDER})
+    file(CREATE_LINK ${HOST} ${FOLDER}/${program} SYMBOLIC)
+    set(HOST ${FOLDER}/${program})
+endif()
+
 string(REPEAT "lapwing replays, lapwing records\n" 100000 text)
 file(WRITE ${FOLDER}/words/top.txt "${text}")
-file(WRITE ${FOLDER}/words/folder/below/deep.txt "${text}")
+file(WRITE ${FOLDER}/words/日本/below/deep.txt "${text}")
+if(CMAKE_HOST_WIN32)  # Anybody may make a junction there, which is not so with symbolic links.
+    file(TO_NATIVE_PATH ${FOLDER}/words words)
+    execute_process(COMMAND cmd /c mklink /J ${words}\\日本\\circle ${words}
+        OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+else()
+    file(CREATE_LINK ${FOLDER}/words ${FOLDER}/words/日本/circle SYMBOLIC)
+endif()
 file(WRITE ${FOLDER}/no_words/empty.txt "")
 file(MAKE_DIRECTORY ${FOLDER}/no_files/folder)
 
 set(statistics
-    "[^\n]*: 2 files found, 2 read .6600000 bytes., 0 skipped [^\n]*\n"
+    "[^\n]*: 2 files found, 2 read .6600000 bytes., 1 skipped [^\n]*\n"
     "800000 words, 3 different, most frequent: lapwing .400000., records .200000., replays [^\n]*\n"
     "\n")
 set(headings
     "operation +runs +recorded average +replayed average +difference +overruns +notes\n")
 set(rows "walk the tree [^\n]*\nread the bytes [^\n]*\ncount the words [^\n]*\nsort by [^\n]*\n")
 set(without_data "publish the report +3 +- +[0-9]+ ms +- +0 +no sample data found [^\n]*\n")
-set(ending "\n[^\n]* was made too slow on purpose[.]\n")
+string(CONCAT ending
+    "\nRecorded: .* Replayed: .* padded.*whole milliseconds.*0 ms counts as no sample data.*"
+    "\"publish the report\" is never recorded, on purpose.*"
+    "\nThe last replay of \"[^\n]*\" is 20 ms too slow, on purpose.*")
 string(CONCAT whole ${statistics} ${headings} ${rows} ${without_data} ${ending})
 check(table EXIT 0 OUTPUT "${whole}" ARGUMENTS ${FOLDER}/words)
 
@@ -58,10 +77,15 @@ check(log EXIT 0 OUTPUT ".*\nwalk the tree +1 .*" ERROR "${log}"
     ARGUMENTS --set enableTimingProfileLogging=true --set replay.runs=1 ${FOLDER}/words)
 check(no_words EXIT 0 ARGUMENTS ${FOLDER}/no_words
     OUTPUT "[^\n]*: 1 files found, 1 read .0 bytes., 0 skipped [^\n]*\n0 words, .*")
-check(help EXIT 0 OUTPUT "Usage: .*" ARGUMENTS ${FOLDER}/missing --help)
+check(utf8 EXIT 0 OUTPUT "[^\n]*/words/日本: 1 files found, 1 read .*" ARGUMENTS ${FOLDER}/words/日本)
+check(help EXIT 0 OUTPUT "Usage: ${program} .*" ARGUMENTS ${FOLDER}/missing --help)
 
 check_refusal(no_arguments "no folder given")
-check_refusal(missing_folder "no such folder: \"[^\n]*/missing\"" ${FOLDER}/missing)
+# A list of arguments would lose an empty one.
+execute_process(COMMAND ${HOST} "" RESULT_VARIABLE exit_code ERROR_VARIABLE error)
+require_match(empty_folder "exit code and message" "${exit_code}, ${error}"
+    "^2, ${program}: the folder's name is empty\n")
+check_refusal(missing_folder "no such folder: \"[^\n]*/日本/missing\"" ${FOLDER}/日本/missing)
 check_refusal(file "not a folder: \"[^\n]*/top.txt\"" ${FOLDER}/words/top.txt)
 check_refusal(no_files "no readable file below \"[^\n]*/no_files\"" ${FOLDER}/no_files)
 check_refusal(two_folders "one folder only, [^\n]*\"two\"" one two)

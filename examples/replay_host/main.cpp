@@ -1,15 +1,16 @@
 #include "options.h"
 #include "replay.h"
 #include "report.h"
-#include "standard_error_log.h"
 #include "text_settings.h"
 #include "usage_error.h"
 #include "word_statistics.h"
 
+#include <lapwing/instrumentation.h>
 #include <lapwing/settings.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <iostream>
@@ -19,9 +20,28 @@
 #include <utility>
 #include <vector>
 
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
 namespace fs = std::filesystem;
 
 namespace {
+
+// Sends the log lines of all threads to standard error while it exists, each line as a whole. It
+// is made before anything else that uses the library.
+class StandardErrorLog final {
+public:
+    StandardErrorLog() {
+        Instrumentation::setGlobalLogMessageHandler([](const std::string& line) {
+            const std::string text = line + '\n';
+            std::fwrite(text.data(), 1, text.size(), stderr);
+        });
+    }
+    StandardErrorLog(const StandardErrorLog&) = delete;
+    StandardErrorLog& operator=(const StandardErrorLog&) = delete;
+    ~StandardErrorLog() { Instrumentation::setGlobalLogMessageHandler({}); }
+};
 
 struct Statistics {
     FileTree tree;
@@ -40,7 +60,7 @@ std::vector<Operation> realOperations(const fs::path& folder, Statistics& found)
     };
 }
 
-// Also finds out at once whether the other setting can be read.
+// Reads the other setting too, so that a wrong text is refused at the start.
 std::int32_t checkedRuns() {
     static_cast<void>(DeveloperConfig::enableTimingProfileLogging());
     const DeveloperConfig::Integer setting{runsKey, defaultRuns};
@@ -52,25 +72,19 @@ std::int32_t checkedRuns() {
     return runs;
 }
 
-void requireFolder(const std::string& folder) {
+void requireFolder(const fs::path& folder) {
+    const std::string quoted = '"' + toText(folder) + '"';
     std::error_code error;
     const fs::file_status status = fs::status(folder, error);
     if (status.type() == fs::file_type::not_found) {
-        throw UsageError("no such folder: \"" + folder + "\"");
+        throw UsageError("no such folder: " + quoted);
     }
     if (status.type() == fs::file_type::none) {
-        throw UsageError("cannot look at \"" + folder + "\": " + error.message());
+        throw UsageError("cannot look at " + quoted + ": " + error.message());
     }
     if (status.type() != fs::file_type::directory) {
-        throw UsageError("not a folder: \"" + folder + "\"");
+        throw UsageError("not a folder: " + quoted);
     }
-}
-
-std::vector<std::string> namesOf(const std::vector<Operation>& operations) {
-    std::vector<std::string> names(operations.size());
-    std::transform(operations.begin(), operations.end(), names.begin(),
-                   [](const Operation& operation) { return operation.name; });
-    return names;
 }
 
 std::string slowestOf(const std::vector<std::string>& names, const TimingProfile& recorded) {
@@ -79,32 +93,34 @@ std::string slowestOf(const std::vector<std::string>& names, const TimingProfile
     });
 }
 
-// The stand-ins include an operation that was not recorded.
-void recordAndReplay(const std::string& folder, std::int32_t runs) {
+void recordAndReplay(const fs::path& folder, std::int32_t runs) {
     Statistics found;
     const std::vector<Operation> operations = realOperations(folder, found);
     const TimingProfile recorded = recordPass(operations, runs);
     if (found.contents.texts.empty()) {
-        throw UsageError("no readable file below \"" + folder + "\"");
+        throw UsageError("no readable file below \"" + toText(folder) + "\"");
     }
 
-    std::vector<std::string> names = namesOf(operations);
+    std::vector<std::string> names;
+    names.reserve(operations.size() + 1);
+    for (const Operation& operation : operations) {
+        names.push_back(operation.name);
+    }
     const std::string slowName = slowestOf(names, recorded);
-    names.emplace_back("publish the report");
+    const std::string unrecordedName = "publish the report";
+    names.push_back(unrecordedName);
     const Replay replay = replayPass(recorded, names, slowName, runs);
 
-    std::cout << folder << ": " << formatStatistics(found.tree, found.contents, found.ranking)
-              << '\n'
-              << formatTable(names, recorded, replay);
-    if (replay.errors.samples.count(slowName) != 0) {
-        std::cout << "\nThe last replay of \"" << slowName << "\" was made too slow on purpose.\n";
-    }
+    std::cout << toText(folder) << ": "
+              << formatStatistics(found.tree, found.contents, found.ranking) << '\n'
+              << formatTable(names, recorded, replay) << '\n'
+              << formatExplanation(slowName, unrecordedName);
 }
 
-void run(const std::vector<std::string>& arguments) {
+void run(const std::string& program, const std::vector<fs::path>& arguments) {
     const Options options = parseOptions(arguments);
     if (options.help) {
-        std::cout << usage();
+        std::cout << usage(program);
     } else {
         TextSettings settings(options.settings);
         const std::int32_t runs = checkedRuns();
@@ -116,18 +132,35 @@ void run(const std::vector<std::string>& arguments) {
     }
 }
 
-}  // namespace
-
-int main(int argc, char* argv[]) {
+int runAndReport(const std::vector<fs::path>& commandLine) {
     const StandardErrorLog log;
+    std::string program;
     try {
-        run({argv + 1, argv + argc});
+        program = toText(commandLine.at(0).filename());
+        run(program, {commandLine.begin() + 1, commandLine.end()});
     } catch (const UsageError& error) {
-        std::cerr << "replay_host: " << error.what() << "\nTry: replay_host --help\n";
+        std::cerr << program << ": " << error.what() << "\nTry: " << program << " --help\n";
         return 2;
     } catch (const std::exception& error) {
-        std::cerr << "replay_host: " << error.what() << '\n';
+        std::cerr << program << ": " << error.what() << '\n';
         return 1;
     }
     return 0;
 }
+
+}  // namespace
+
+#ifdef _WIN32
+// The arguments come as UTF-16. What the host prints is UTF-8.
+extern "C" int wmain(int argc, wchar_t* argv[]) {
+    const UINT previous = GetConsoleOutputCP();
+    SetConsoleOutputCP(CP_UTF8);
+    const int exitCode = runAndReport(std::vector<fs::path>(argv, argv + argc));
+    SetConsoleOutputCP(previous);
+    return exitCode;
+}
+#else
+int main(int argc, char* argv[]) {
+    return runAndReport(std::vector<fs::path>(argv, argv + argc));
+}
+#endif
