@@ -304,7 +304,7 @@ def arguments():
 
 def main():
     options = arguments()
-    results = measure(options.build_dir / "bench", options.brief)
+    results = measure(options.build_dir / "bin", options.brief)
     sections = sections_of(results)
     for name in ("rows", *(name for name in sections if name.startswith(("growth", "replay")))):
         print(f"\n{name}\n{sections[name]}")
