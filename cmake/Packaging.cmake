@@ -8,18 +8,38 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
-install(FILES README.md CHANGELOG.md
-    DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development OPTIONAL)
+# The pages, with what they link to. Their links to headers lead to where those are installed.
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_INCLUDEDIR BASE_DIRECTORY ${CMAKE_INSTALL_FULL_DOCDIR}
+    OUTPUT_VARIABLE headers)
+file(GLOB pages CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} *.md docs/*.md)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${pages})
+foreach(page IN LISTS pages)
+    file(READ ${page} text)
+    string(REGEX REPLACE "\\]\\((\\.\\./|)include/" "](\\1${headers}/" text "${text}")
+    file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/pages/${page} "${text}")
+endforeach()
+install(DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/pages/ DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
+    FILES_MATCHING PATTERN *.cpp PATTERN *.h PATTERN *.svg)
 
-if(MINGW)
+# The notices are those of the Debian packages that the DLLs come from.
+if(LAPWING_INSTALL_RUNTIME)
+    set(notices ${CMAKE_INSTALL_DOCDIR}/licences)
     foreach(dll IN ITEMS libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
         execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${dll}
             OUTPUT_VARIABLE path OUTPUT_STRIP_TRAILING_WHITESPACE)
+        file(REAL_PATH ${path} path)
+        execute_process(COMMAND dpkg-query -S ${path}
+            OUTPUT_VARIABLE package COMMAND_ERROR_IS_FATAL ANY)
+        string(REGEX REPLACE ":.*" "" package ${package})
         set(stripped ${CMAKE_CURRENT_BINARY_DIR}/runtime/${dll})
         file(MAKE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/runtime)
         execute_process(COMMAND ${CMAKE_STRIP} -o ${stripped} ${path} COMMAND_ERROR_IS_FATAL ANY)
         install(FILES ${stripped} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
+        install(FILES /usr/share/doc/${package}/copyright
+            DESTINATION ${notices} RENAME ${dll}.txt COMPONENT runtime)
     endforeach()
+    install(FILES /usr/share/common-licenses/GPL-3 DESTINATION ${notices} COMPONENT runtime)
 endif()
 
 # Archives are named after the compiler too, since hosts must share it.
