@@ -1,7 +1,7 @@
 #include <lapwing/timing_profiles.h>
 
+#include "comparisons.h"
 #include "floors.h"
-#include "rows.h"
 
 #include <algorithm>
 #include <memory>
@@ -36,17 +36,17 @@ void collectTogether(benchmark::State& state) {
     if (state.thread_index() == 0) {
         collector = std::make_unique<Collector>();
     }
-    rows::repeat(state, [&] { collect(*collector, name); });
+    comparisons::repeat(state, [&] { collect(*collector, name); });
     if (state.thread_index() == 0) {
         collector.reset();
     }
 }
 
-rows::Body observeHistogram() {
+comparisons::Body observeHistogram() {
 #if defined(LAPWING_BENCH_PROMETHEUS)
     return [](benchmark::State& state) {
         prometheus::Histogram histogram({1, 2, 5, 10, 20, 50, 100, 200, 500, 1000});
-        rows::repeat(state, [&] { histogram.Observe(5); });
+        comparisons::repeat(state, [&] { histogram.Observe(5); });
     };
 #else
     return {};
@@ -70,7 +70,7 @@ void copyEverything(benchmark::State& state, int samplesPerName) {
             collect(collector, operation);
         }
     }
-    rows::repeat(state, [&] { return extract(collector); });
+    comparisons::repeat(state, [&] { return extract(collector); });
 }
 
 template <class Collector>
@@ -82,17 +82,17 @@ void fill(Collector& collector, std::int64_t samples) {
 
 template <class Collector>
 double bytesPerSample(std::int64_t samples) {
-    const std::size_t before = rows::allocatedBytes();
+    const std::size_t before = comparisons::allocatedBytes();
     Collector collector;
     fill(collector, samples);
-    const std::size_t bytes = rows::allocatedBytes() - before;
+    const std::size_t bytes = comparisons::allocatedBytes() - before;
     return static_cast<double>(bytes) / static_cast<double>(samples);
 }
 
 template <class Collector>
 void growOneName(benchmark::State& state) {
     state.counters["bytes per item"] = bytesPerSample<Collector>(state.range(0));
-    rows::repeat(state, [&] {
+    comparisons::repeat(state, [&] {
         Collector collector;
         fill(collector, state.range(0));
     });
@@ -107,43 +107,44 @@ void growManyNames(benchmark::State& state) {
         collect(collector, operation);
     }
     auto next = operations.begin();
-    rows::repeat(state, [&] {
+    comparisons::repeat(state, [&] {
         collect(collector, *next);
         next = next + 1 == operations.end() ? operations.begin() : next + 1;
     });
     state.SetItemsProcessed(state.iterations());
 }
 
-void addCollecting(int threads, double timesFloor, const std::vector<rows::Peer>& peers) {
-    rows::Row row{"collectSample on a known name: " + std::to_string(threads) +
-                      (threads == 1 ? " thread" : " threads"),
-                  "one lock, one hash look-up, one append",
-                  timesFloor,
-                  collectTogether<TimingProfileCollector>,
-                  collectTogether<floors::Collector>,
-                  peers};
-    row.threads = threads;
-    row.iterations = threads == 1 ? 1'000'000 : 500'000;
-    rows::add(row);
+void addCollecting(int threads, double timesFloor, const std::vector<comparisons::Peer>& peers) {
+    comparisons::Comparison comparison{"collectSample on a known name: " + std::to_string(threads) +
+                                           (threads == 1 ? " thread" : " threads"),
+                                       "one lock, one hash look-up, one append",
+                                       timesFloor,
+                                       collectTogether<TimingProfileCollector>,
+                                       collectTogether<floors::Collector>,
+                                       peers};
+    comparison.threads = threads;
+    comparison.iterations = threads == 1 ? 1'000'000 : 500'000;
+    comparisons::add(comparison);
 }
 
 void addExtracting(int samplesPerName) {
-    rows::add({"extractProfile: 100 names by " + std::to_string(samplesPerName) + " samples",
-               "both maps copied under the lock", 1.05,
-               [=](auto& state) { copyEverything<TimingProfileCollector>(state, samplesPerName); },
-               [=](auto& state) { copyEverything<floors::Collector>(state, samplesPerName); }});
+    comparisons::add(
+        {"extractProfile: 100 names by " + std::to_string(samplesPerName) + " samples",
+         "both maps copied under the lock", 1.05,
+         [=](auto& state) { copyEverything<TimingProfileCollector>(state, samplesPerName); },
+         [=](auto& state) { copyEverything<floors::Collector>(state, samplesPerName); }});
 }
 
 }  // namespace
 
-void addCollectorRows() {
+void compareCollector() {
     addCollecting(1, 1.05, {{"prometheus-cpp Histogram::Observe", 1, observeHistogram()}});
     addCollecting(2, 1.10, {});
     addCollecting(8, 1.10, {});
     addExtracting(100);
     addExtracting(10'000);
-    rows::add({"samples under one name", 1'000, 10'000'000, growOneName<TimingProfileCollector>,
-               growOneName<floors::Collector>});
-    rows::add({"names", 1, 100'000, growManyNames<TimingProfileCollector>,
-               growManyNames<floors::Collector>});
+    comparisons::add({"samples under one name", 1'000, 10'000'000,
+                      growOneName<TimingProfileCollector>, growOneName<floors::Collector>});
+    comparisons::add({"names", 1, 100'000, growManyNames<TimingProfileCollector>,
+                      growManyNames<floors::Collector>});
 }

@@ -1,7 +1,7 @@
 #include <lapwing/timing_profiles.h>
 
+#include "comparisons.h"
 #include "floors.h"
-#include "rows.h"
 
 namespace {
 
@@ -18,21 +18,22 @@ TimingProfile profileOf(std::size_t samples) {
 void emulate(benchmark::State& state, std::size_t samples) {
     TimingProfileEmulator emulator;
     emulator.setProfile(profileOf(samples));
-    rows::repeat(state, [&] { emulator.emulateProfile(name, average); });
+    comparisons::repeat(state, [&] { emulator.emulateProfile(name, average); });
 }
 
 void emulateFloor(benchmark::State& state, std::size_t samples) {
     const TimingProfile profile = profileOf(samples);
-    rows::repeat(state, [&] { return floors::emulationStep(profile, name, average); });
+    comparisons::repeat(state, [&] { return floors::emulationStep(profile, name, average); });
 }
 
 }  // namespace
 
-void addEmulatorRows() {
+void compareEmulator() {
     for (const std::size_t samples : {10U, 1'000U, 100'000U, 10'000'000U}) {
-        rows::add({"emulation step without a sleep: " + std::to_string(samples) + " samples",
-                   "one hash look-up, the samples added up in vector registers, one division", 1.05,
-                   [=](auto& state) { emulate(state, samples); },
-                   [=](auto& state) { emulateFloor(state, samples); }});
+        comparisons::add(
+            {"emulation step without a sleep: " + std::to_string(samples) + " samples",
+             "one hash look-up, the samples added up in vector registers, one division", 1.05,
+             [=](auto& state) { emulate(state, samples); },
+             [=](auto& state) { emulateFloor(state, samples); }});
     }
 }

@@ -1,7 +1,7 @@
 #include <lapwing/instrumentation.h>
 
+#include "comparisons.h"
 #include "floors.h"
-#include "rows.h"
 
 #if defined(LAPWING_BENCH_BOOST_TIMER)
 #include <boost/timer/timer.hpp>
@@ -22,7 +22,7 @@ std::string name() {
 
 template <class Scope>
 void sendNothing(benchmark::State& state, bool enabled) {
-    rows::repeat(state, [&] { const Scope scope(name(), enabled, {}); });
+    comparisons::repeat(state, [&] { const Scope scope(name(), enabled, {}); });
 }
 
 template <class Scope>
@@ -30,16 +30,16 @@ void sendFourLines(benchmark::State& state) {
     const LogMessageHandler handler = [](const std::string& line) {
         benchmark::DoNotOptimize(line.data());
     };
-    rows::repeat(state, [&] {
+    comparisons::repeat(state, [&] {
         Scope scope(name(), true, handler);
         scope.lap(label);
     });
 }
 
-rows::Body runCpuTimer() {
+comparisons::Body runCpuTimer() {
 #if defined(LAPWING_BENCH_BOOST_TIMER)
     return [](benchmark::State& state) {
-        rows::repeat(state, [] {
+        comparisons::repeat(state, [] {
             boost::timer::cpu_timer timer;
             timer.stop();
             return timer.elapsed().wall;
@@ -67,11 +67,11 @@ void logFourLines(spdlog::logger& log, const std::string& object) {
 }
 #endif
 
-rows::Body logThroughSpdlog() {
+comparisons::Body logThroughSpdlog() {
 #if defined(LAPWING_BENCH_SPDLOG)
     return [](benchmark::State& state) {
         spdlog::logger log("bench", std::make_shared<spdlog::sinks::null_sink_mt>());
-        rows::repeat(state, [&] { logFourLines(log, name()); });
+        comparisons::repeat(state, [&] { logFourLines(log, name()); });
     };
 #else
     return {};
@@ -80,8 +80,8 @@ rows::Body logThroughSpdlog() {
 
 }  // namespace
 
-void addInstrumentationRows() {
-    using rows::add;
+void compareInstrumentation() {
+    using comparisons::add;
     const std::string quiet =
         "the name taken over, a count up and down, two clock reads, a look for a handler at each "
         "end; a call to construct and one to destroy";

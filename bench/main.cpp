@@ -1,6 +1,6 @@
 #include <thread>
 
-#include "rows.h"
+#include "comparisons.h"
 
 int main(int argc, char** argv) {
     // Hosts have threads. In a process that has never had a second one, the C library leaves out
@@ -12,11 +12,11 @@ int main(int argc, char** argv) {
     }
     benchmark::AddCustomContext("compiler", LAPWING_BENCH_COMPILER);
     benchmark::AddCustomContext("build", LAPWING_BENCH_BUILD);
-    addSettingsRows();
-    addInstrumentationRows();
-    addCollectorRows();
-    addEmulatorRows();
-    addSamplingRows();
+    compareSettings();
+    compareInstrumentation();
+    compareCollector();
+    compareEmulator();
+    compareSampling();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
 }

@@ -1,7 +1,7 @@
 #include <lapwing/timing_profiles.h>
 
+#include "comparisons.h"
 #include "floors.h"
-#include "rows.h"
 
 namespace {
 
@@ -9,7 +9,7 @@ const std::string name = "SceneLoader::load";
 
 void sample(benchmark::State& state) {
     TimingProfileCollector collector;
-    rows::repeat(state, [&] {
+    comparisons::repeat(state, [&] {
         collectTimingProfileSample(std::ref(collector), name, [](Instrumentation&) {});
     });
 }
@@ -19,16 +19,17 @@ void sampleFloor(benchmark::State& state) {
     const auto collect = [&](const std::string& operation, Milliseconds duration) {
         collector.collect(operation, duration);
     };
-    rows::repeat(state, [&] { floors::collectTimed(collect, name, [](floors::Scope&) {}); });
+    comparisons::repeat(state, [&] { floors::collectTimed(collect, name, [](floors::Scope&) {}); });
 }
 
 }  // namespace
 
-void addSamplingRows() {
-    rows::Row row{"collectTimingProfileSample around empty work",
-                  "the setting read, one copy of the name, a count up and down, five clock reads, "
-                  "the note's and the lap's text made once each, one lock, hash look-up and append",
-                  1.15, sample, sampleFloor};
-    row.iterations = 200'000;
-    rows::add(row);
+void compareSampling() {
+    comparisons::Comparison comparison{
+        "collectTimingProfileSample around empty work",
+        "the setting read, one copy of the name, a count up and down, five clock reads, "
+        "the note's and the lap's text made once each, one lock, hash look-up and append",
+        1.15, sample, sampleFloor};
+    comparison.iterations = 200'000;
+    comparisons::add(comparison);
 }

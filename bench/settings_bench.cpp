@@ -1,7 +1,7 @@
 #include <lapwing/setting_types.h>
 
+#include "comparisons.h"
 #include "floors.h"
-#include "rows.h"
 
 #if defined(LAPWING_BENCH_ABSL_FLAGS)
 #include <absl/flags/flag.h>
@@ -55,19 +55,20 @@ template <class Installed, class V>
 void readSetting(benchmark::State& state, const V& fallback) {
     [[maybe_unused]] const Installed installed;
     const DeveloperConfig::Item<V> setting{key, fallback};
-    rows::repeat(state, [&] { return setting(); });
+    comparisons::repeat(state, [&] { return setting(); });
 }
 
 template <class Installed, class V>
 void readFloor(benchmark::State& state, const V& fallback) {
     [[maybe_unused]] const Installed installed;
     const floors::Setting<V> setting{key, [fallback] { return fallback; }};
-    rows::repeat(state, [&] { return setting.value(); });
+    comparisons::repeat(state, [&] { return setting.value(); });
 }
 
 template <class V>
-void addReads(const std::string& type, const V& fallback, const std::vector<rows::Peer>& peers) {
-    using rows::add;
+void addReads(const std::string& type, const V& fallback,
+              const std::vector<comparisons::Peer>& peers) {
+    using comparisons::add;
     add({"reading a setting: " + type + ", no provider",
          "the pointer to the provider loaded, the default made by its callable", 1.10,
          [=](auto& state) { readSetting<Nobody>(state, fallback); },
@@ -79,17 +80,17 @@ void addReads(const std::string& type, const V& fallback, const std::vector<rows
          [=](auto& state) { readFloor<Host<floors::Source>>(state, fallback); }, peers});
 }
 
-rows::Body readAbslFlag() {
+comparisons::Body readAbslFlag() {
 #if defined(LAPWING_BENCH_ABSL_FLAGS)
     return [](benchmark::State& state) {
-        rows::repeat(state, [] { return absl::GetFlag(FLAGS_bench_value); });
+        comparisons::repeat(state, [] { return absl::GetFlag(FLAGS_bench_value); });
     };
 #else
     return {};
 #endif
 }
 
-rows::Body readQSettings([[maybe_unused]] bool isKept) {
+comparisons::Body readQSettings([[maybe_unused]] bool isKept) {
 #if defined(LAPWING_BENCH_QSETTINGS)
     return [=](benchmark::State& state) {
         const QTemporaryDir folder;
@@ -98,7 +99,7 @@ rows::Body readQSettings([[maybe_unused]] bool isKept) {
         QSettings kept(file, QSettings::IniFormat);
         kept.setValue(name, QString::fromStdString(longText));
         kept.sync();
-        rows::repeat(state, [&] {
+        comparisons::repeat(state, [&] {
             return isKept ? kept.value(name).toString()
                           : QSettings(file, QSettings::IniFormat).value(name).toString();
         });
@@ -110,7 +111,7 @@ rows::Body readQSettings([[maybe_unused]] bool isKept) {
 
 }  // namespace
 
-void addSettingsRows() {
+void compareSettings() {
     addReads<bool>("bool", true, {});
     addReads<std::int32_t>("int", 3, {});
     addReads<double>("double", 1.5, {});

@@ -1,7 +1,7 @@
 // What a benchmark consists of: the library, the floor and the peers, side by side under one name.
 
-#ifndef LAPWING_BENCH_ROWS_H
-#define LAPWING_BENCH_ROWS_H
+#ifndef LAPWING_BENCH_COMPARISONS_H
+#define LAPWING_BENCH_COMPARISONS_H
 
 #include <benchmark/benchmark.h>
 
@@ -11,7 +11,7 @@
 #include <type_traits>
 #include <vector>
 
-namespace rows {
+namespace comparisons {
 
 using Body = std::function<void(benchmark::State&)>;
 
@@ -23,7 +23,7 @@ struct Peer {
     Body body;
 };
 
-struct Row {
+struct Comparison {
     std::string name;
     std::string floorDoes;
     // What the library may cost, at most.
@@ -36,7 +36,7 @@ struct Row {
     std::int64_t iterations = 0;
 };
 
-void add(const Row& row);
+void add(const Comparison& comparison);
 
 // Cost per item, from the first size to the last in steps of ten. A body takes the size from
 // state.range(0).
@@ -66,13 +66,13 @@ void repeat(benchmark::State& state, Operation operation) {
     }
 }
 
-}  // namespace rows
+}  // namespace comparisons
 
 // One for each unit.
-void addSettingsRows();
-void addInstrumentationRows();
-void addCollectorRows();
-void addEmulatorRows();
-void addSamplingRows();
+void compareSettings();
+void compareInstrumentation();
+void compareCollector();
+void compareEmulator();
+void compareSampling();
 
-#endif  // LAPWING_BENCH_ROWS_H
+#endif  // LAPWING_BENCH_COMPARISONS_H

@@ -1,0 +1,71 @@
+#include "comparisons.h"
+
+#include <sstream>
+
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
+namespace comparisons {
+
+namespace {
+
+// The report reads these from the context, under keys that begin with the name of the comparison.
+void describe(const std::string& key, const std::string& text) {
+    benchmark::AddCustomContext(key, text);
+}
+
+std::string decimal(double value) {
+    std::ostringstream text;
+    text << value;
+    return text.str();
+}
+
+void measure(const Comparison& comparison, const std::string& side, const Body& body) {
+    auto* const benchmark =
+        benchmark::RegisterBenchmark((comparison.name + "/" + side).c_str(), body);
+    if (comparison.threads > 1) {
+        benchmark->Threads(comparison.threads)->UseRealTime();
+    }
+    if (comparison.iterations > 0) {
+        benchmark->Iterations(comparison.iterations);
+    }
+}
+
+void measure(const Growth& growth, const std::string& side, const Body& body) {
+    auto* const benchmark = benchmark::RegisterBenchmark((growth.name + "/" + side).c_str(), body);
+    for (std::int64_t size = growth.first; size <= growth.last; size *= 10) {
+        benchmark->Arg(size);
+    }
+}
+
+}  // namespace
+
+void add(const Comparison& comparison) {
+    describe(comparison.name + "/floor does", comparison.floorDoes);
+    describe(comparison.name + "/times floor", decimal(comparison.timesFloor));
+    measure(comparison, "lapwing", comparison.lapwing);
+    measure(comparison, "floor", comparison.floor);
+    for (const Peer& peer : comparison.peers) {
+        describe(comparison.name + "/peer/" + peer.name, decimal(peer.timesFaster));
+        if (peer.body) {
+            measure(comparison, peer.name, peer.body);
+        }
+    }
+}
+
+void add(const Growth& growth) {
+    measure(growth, "lapwing", growth.lapwing);
+    measure(growth, "floor", growth.floor);
+}
+
+std::size_t allocatedBytes() {
+#if defined(__GLIBC__)
+    const auto info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+#else
+    return 0;
+#endif
+}
+
+}  // namespace comparisons
