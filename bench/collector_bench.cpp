@@ -114,23 +114,20 @@ void growManyNames(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations());
 }
 
-void addCollecting(int threads, double timesFloor, const std::vector<comparisons::Peer>& peers) {
+void compareCollecting(int threads, double timesFloor,
+                       const std::vector<comparisons::Peer>& peers) {
     comparisons::Comparison comparison{"collectSample on a known name: " + std::to_string(threads) +
                                            (threads == 1 ? " thread" : " threads"),
-                                       "one lock, one hash look-up, one append",
-                                       timesFloor,
-                                       collectTogether<TimingProfileCollector>,
-                                       collectTogether<floors::Collector>,
-                                       peers};
+                                       timesFloor, collectTogether<TimingProfileCollector>,
+                                       collectTogether<floors::Collector>, peers};
     comparison.threads = threads;
     comparison.iterations = threads == 1 ? 1'000'000 : 500'000;
     comparisons::add(comparison);
 }
 
-void addExtracting(int samplesPerName) {
+void compareExtracting(int samplesPerName) {
     comparisons::add(
-        {"extractProfile: 100 names by " + std::to_string(samplesPerName) + " samples",
-         "both maps copied under the lock", 1.05,
+        {"extractProfile: 100 names by " + std::to_string(samplesPerName) + " samples", 1.05,
          [=](auto& state) { copyEverything<TimingProfileCollector>(state, samplesPerName); },
          [=](auto& state) { copyEverything<floors::Collector>(state, samplesPerName); }});
 }
@@ -138,11 +135,11 @@ void addExtracting(int samplesPerName) {
 }  // namespace
 
 void compareCollector() {
-    addCollecting(1, 1.05, {{"prometheus-cpp Histogram::Observe", 1, observeHistogram()}});
-    addCollecting(2, 1.10, {});
-    addCollecting(8, 1.10, {});
-    addExtracting(100);
-    addExtracting(10'000);
+    compareCollecting(1, 1.05, {{"prometheus-cpp Histogram::Observe", 0.9, observeHistogram()}});
+    compareCollecting(2, 1.10, {});
+    compareCollecting(8, 1.10, {});
+    compareExtracting(100);
+    compareExtracting(10'000);
     comparisons::add({"samples under one name", 1'000, 10'000'000,
                       growOneName<TimingProfileCollector>, growOneName<floors::Collector>});
     comparisons::add({"names", 1, 100'000, growManyNames<TimingProfileCollector>,

@@ -10,15 +10,11 @@ namespace comparisons {
 
 namespace {
 
-// The report reads these from the context, under keys that begin with the name of the comparison.
-void describe(const std::string& key, const std::string& text) {
-    benchmark::AddCustomContext(key, text);
-}
-
-std::string decimal(double value) {
+// The report finds the bounds in the output's context.
+void addBound(const std::string& key, double bound) {
     std::ostringstream text;
-    text << value;
-    return text.str();
+    text << bound;
+    benchmark::AddCustomContext(key, text.str());
 }
 
 void measure(const Comparison& comparison, const std::string& side, const Body& body) {
@@ -42,12 +38,11 @@ void measure(const Growth& growth, const std::string& side, const Body& body) {
 }  // namespace
 
 void add(const Comparison& comparison) {
-    describe(comparison.name + "/floor does", comparison.floorDoes);
-    describe(comparison.name + "/times floor", decimal(comparison.timesFloor));
+    addBound(comparison.name + "/times floor", comparison.timesFloor);
     measure(comparison, "lapwing", comparison.lapwing);
     measure(comparison, "floor", comparison.floor);
     for (const Peer& peer : comparison.peers) {
-        describe(comparison.name + "/peer/" + peer.name, decimal(peer.timesFaster));
+        addBound(comparison.name + "/peer/" + peer.name, peer.timesFaster);
         if (peer.body) {
             measure(comparison, peer.name, peer.body);
         }

@@ -17,22 +17,21 @@ using Body = std::function<void(benchmark::State&)>;
 
 struct Peer {
     std::string name;
-    // What the library is to be, at least; zero for a peer shown for comparison.
+    // How many times faster than the peer the library must be.
     double timesFaster;
-    // Empty if the peer was not there when this was built.
+    // Empty if the peer was not installed when this was built.
     Body body;
 };
 
 struct Comparison {
     std::string name;
-    std::string floorDoes;
-    // What the library may cost, at most.
+    // How many times the floor's time the library may take.
     double timesFloor;
     Body lapwing;
     Body floor;
     std::vector<Peer> peers = {};
     int threads = 1;
-    // As many as take long enough, unless what is measured grows.
+    // Zero: as many as take long enough. A number, where what is measured grows.
     std::int64_t iterations = 0;
 };
 
@@ -50,7 +49,7 @@ struct Growth {
 
 void add(const Growth& growth);
 
-// The bytes that the process has allocated; zero where that cannot be asked.
+// The bytes that the process has allocated; zero where that is unknown.
 std::size_t allocatedBytes();
 
 template <class Operation>

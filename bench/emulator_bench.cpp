@@ -14,26 +14,28 @@ TimingProfile profileOf(std::size_t samples) {
     return profile;
 }
 
-// Work that took exactly the average: no sleep, and nothing to record.
-void emulate(benchmark::State& state, std::size_t samples) {
-    TimingProfileEmulator emulator;
-    emulator.setProfile(profileOf(samples));
-    comparisons::repeat(state, [&] { emulator.emulateProfile(name, average); });
+void step(TimingProfileEmulator& emulator) {
+    emulator.emulateProfile(name, average);
+}
+void step(floors::Emulator& emulator) {
+    emulator.emulate(name, average);
 }
 
-void emulateFloor(benchmark::State& state, std::size_t samples) {
-    const TimingProfile profile = profileOf(samples);
-    comparisons::repeat(state, [&] { return floors::emulationStep(profile, name, average); });
+// Work that took exactly the average: no sleep, and nothing to record.
+template <class Emulator>
+void emulate(benchmark::State& state, std::size_t samples) {
+    Emulator emulator;
+    emulator.setProfile(profileOf(samples));
+    comparisons::repeat(state, [&] { step(emulator); });
 }
 
 }  // namespace
 
 void compareEmulator() {
     for (const std::size_t samples : {10U, 1'000U, 100'000U, 10'000'000U}) {
-        comparisons::add(
-            {"emulation step without a sleep: " + std::to_string(samples) + " samples",
-             "one hash look-up, the samples added up in vector registers, one division", 1.05,
-             [=](auto& state) { emulate(state, samples); },
-             [=](auto& state) { emulateFloor(state, samples); }});
+        comparisons::add({"emulation step without a sleep: " + std::to_string(samples) + " samples",
+                          1.05,
+                          [=](auto& state) { emulate<TimingProfileEmulator>(state, samples); },
+                          [=](auto& state) { emulate<floors::Emulator>(state, samples); }});
     }
 }

@@ -1,5 +1,6 @@
 #include "floors.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <charconv>
@@ -13,17 +14,26 @@ namespace {
 std::atomic<const Source*> installed{nullptr};
 std::atomic<std::int32_t> liveScopes{0};
 LogMessageHandler globalHandler;
-const Setting<bool> logging{"enableTimingProfileLogging", [] { return false; }};
+const Setting<bool> logging{"enableTimingProfileLogging", false};
 
-struct Digits {
-    explicit Digits(std::int64_t count)
-        : end(std::to_chars(buffer.data(), buffer.data() + buffer.size(), count).ptr) {}
+char* copyTo(char* place, std::string_view text) {
+    return std::copy(text.begin(), text.end(), place);
+}
+
+// A number between two fixed texts.
+class Count {
+public:
+    Count(std::string_view before, std::int64_t number, std::string_view after)
+        : end(copyTo(buffer.data(), before)) {
+        end = copyTo(std::to_chars(end, buffer.data() + buffer.size(), number).ptr, after);
+    }
     [[nodiscard]] std::string_view view() const {
         return {buffer.data(), static_cast<std::size_t>(end - buffer.data())};
     }
 
-    std::array<char, 20> buffer;
-    const char* end;
+private:
+    std::array<char, 80> buffer;
+    char* end;
 };
 
 }  // namespace
@@ -33,9 +43,18 @@ void Source::setInstance(const Source* source) noexcept {
 }
 
 template <class V>
+Setting<V>::Setting(const char* key, const V& fallback)
+    : name(key), defaultValue([fallback] { return fallback; }) {}
+
+template <class V>
 V Setting<V>::value() const {
     const Source* const source = installed.load(std::memory_order_acquire);
-    return source ? source->getValue(name, defaultValue()) : defaultValue();
+    return source != nullptr ? source->getValue(name, defaultValue()) : defaultValue();
+}
+
+template <class V>
+V Setting<V>::operator()() const {
+    return value();
 }
 
 template struct Setting<bool>;
@@ -49,7 +68,7 @@ Scope::Scope(std::string name, bool enabled, LogMessageHandler handler)
       depth(liveScopes.fetch_add(1)),
       isEnabled(enabled) {
     if (const LogMessageHandler* const chosen = this->handler()) {
-        send(*chosen, "Begin", {}, {});
+        send(*chosen, "Begin", {});
     }
     ++depth;
     lastLap = start = Clock::now();
@@ -80,7 +99,7 @@ Milliseconds Scope::elapsed() const {
 
 void Scope::note(const std::string& text) const {
     if (const LogMessageHandler* const chosen = handler()) {
-        send(*chosen, text, {}, {});
+        send(*chosen, text, {});
     }
 }
 
@@ -91,21 +110,17 @@ const LogMessageHandler* Scope::handler() const {
 
 void Scope::sendTime(Clock::duration duration, std::string_view label) const {
     if (const LogMessageHandler* const chosen = handler()) {
-        const Digits digits(std::chrono::duration_cast<Milliseconds>(duration).count());
-        send(*chosen, label, digits.view(), " ms");
+        const auto milliseconds = std::chrono::duration_cast<Milliseconds>(duration);
+        send(*chosen, label, Count(" - ", milliseconds.count(), " ms").view());
     }
 }
 
-void Scope::send(const LogMessageHandler& chosen, std::string_view text, std::string_view count,
-                 std::string_view unit) const {
+void Scope::send(const LogMessageHandler& chosen, std::string_view text,
+                 std::string_view ending) const {
     const LogMessageHandler copy = chosen;
-    const std::string_view dash = count.empty() ? "" : " - ";
     const std::size_t spaces = 2 * static_cast<std::size_t>(depth);
-    std::string line;
-    line.reserve(spaces + objectName.size() + 2 + text.size() + dash.size() + count.size() +
-                 unit.size());
-    line.append(spaces, ' ').append(objectName).append(": ").append(text);
-    line.append(dash).append(count).append(unit);
+    std::string line(spaces + objectName.size() + 2 + text.size() + ending.size(), ' ');
+    copyTo(copyTo(copyTo(copyTo(line.data() + spaces, objectName), ": "), text), ending);
     copy(line);
 }
 
@@ -119,22 +134,24 @@ TimingProfile Collector::extract() const {
     return profile;
 }
 
-Step emulationStep(const TimingProfile& profile, const std::string& name, Milliseconds duration) {
+void Emulator::setProfile(const TimingProfile& recorded) {
+    profile = recorded;
+}
+
+void Emulator::emulate(const std::string& name, Milliseconds duration) {
     const auto found = profile.samples.find(name);
-    if (found == profile.samples.end()) {
-        return Step::recordNoData;
+    if (found == profile.samples.end() || found->second.empty()) {
+        ++callsWithMoreToDo;
+        return;
     }
     std::uint64_t sum = 0;
     for (const Milliseconds& sample : found->second) {
         sum += static_cast<std::uint64_t>(sample.count());
     }
     const std::uint64_t average = sum / found->second.size();
-    if (average == 0) {
-        return Step::recordNoData;
+    if (average == 0 || average != static_cast<std::uint64_t>(duration.count())) {
+        ++callsWithMoreToDo;
     }
-    const auto left =
-        static_cast<std::int64_t>(average - static_cast<std::uint64_t>(duration.count()));
-    return left == 0 ? Step::nothing : left > 0 ? Step::sleep : Step::recordOverrun;
 }
 
 void collectTimed(TimingSampleHandler collect, const std::string& name, ScopedWork work) {
@@ -142,11 +159,8 @@ void collectTimed(TimingSampleHandler collect, const std::string& name, ScopedWo
     const std::string label = "about to augment timing profile sample";
     work(scope);
     const Milliseconds duration = scope.elapsed();
-    constexpr std::string_view noteStart = "note: executing timing profile sample fn took - ";
-    const Digits digits(duration.count());
-    std::string text;
-    text.reserve(noteStart.size() + digits.view().size() + 2);
-    scope.note(text.append(noteStart).append(digits.view()).append("ms"));
+    const Count text("note: executing timing profile sample fn took - ", duration.count(), "ms");
+    scope.note(std::string(text.view()));
     scope.lap(label);
     collect(name, duration);
 }

@@ -8,6 +8,7 @@
 #include <lapwing/timing_profiles.h>
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <mutex>
@@ -24,10 +25,10 @@ public:
     Source(const Source&) = delete;
     Source& operator=(const Source&) = delete;
 
-    virtual bool getValue(const char* key, bool fallback) const = 0;
-    virtual std::int32_t getValue(const char* key, std::int32_t fallback) const = 0;
-    virtual double getValue(const char* key, double fallback) const = 0;
     virtual std::string getValue(const char* key, const std::string& fallback) const = 0;
+    virtual double getValue(const char* key, double fallback) const = 0;
+    virtual std::int32_t getValue(const char* key, std::int32_t fallback) const = 0;
+    virtual bool getValue(const char* key, bool fallback) const = 0;
 
 protected:
     Source() = default;
@@ -36,13 +37,15 @@ protected:
     FLOORS_EXPORT static void setInstance(const Source* source) noexcept;
 };
 
-// The default is made anew for each read, by a callable that the setting's author chose.
+// The default is made anew for each read, by a callable.
 template <class V>
 struct Setting {
     const char* name;
     std::function<V()> defaultValue;
 
+    FLOORS_EXPORT Setting(const char* key, const V& fallback);
     [[nodiscard]] FLOORS_EXPORT V value() const;
+    [[nodiscard]] FLOORS_EXPORT V operator()() const;
 };
 
 // Counts itself, reads the clock at its start, at each lap and at its end, and makes no text unless
@@ -65,8 +68,8 @@ private:
 
     [[nodiscard]] const LogMessageHandler* handler() const;
     void sendTime(Clock::duration duration, std::string_view label) const;
-    void send(const LogMessageHandler& chosen, std::string_view text, std::string_view count,
-              std::string_view unit) const;
+    void send(const LogMessageHandler& chosen, std::string_view text,
+              std::string_view ending) const;
 
     Clock::time_point start;
     Clock::time_point lastLap;
@@ -87,10 +90,16 @@ private:
     TimingProfile profile;
 };
 
-// What is left to do after the work: nothing for an average equal to the duration.
-enum class Step { nothing, sleep, recordOverrun, recordNoData };
-FLOORS_EXPORT Step emulationStep(const TimingProfile& profile, const std::string& name,
-                                 Milliseconds duration);
+// Calls that must sleep or record something are only counted.
+class Emulator {
+public:
+    FLOORS_EXPORT void setProfile(const TimingProfile& recorded);
+    FLOORS_EXPORT void emulate(const std::string& name, Milliseconds duration);
+
+private:
+    TimingProfile profile;
+    std::size_t callsWithMoreToDo = 0;
+};
 
 using ScopedWork = std::function<void(Scope&)>;
 

@@ -13,26 +13,27 @@
 
 namespace {
 
-const std::string label = "textures decoded";
-
-// A name as hosts have them: with it, no line fits the buffer inside a string.
-std::string name() {
-    return "SceneLoader::load";
-}
+struct Texts {
+    std::string name;
+    std::string label;
+};
+// With the long name, no line fits the buffer inside a string. With the short one, "Begin" does.
+const Texts longTexts{"SceneLoader::load", "textures decoded"};
+const Texts shortTexts{"Load", "decoded"};
 
 template <class Scope>
 void sendNothing(benchmark::State& state, bool enabled) {
-    comparisons::repeat(state, [&] { const Scope scope(name(), enabled, {}); });
+    comparisons::repeat(state, [&] { const Scope scope(longTexts.name, enabled, {}); });
 }
 
 template <class Scope>
-void sendFourLines(benchmark::State& state) {
+void sendFourLines(benchmark::State& state, const Texts& texts) {
     const LogMessageHandler handler = [](const std::string& line) {
         benchmark::DoNotOptimize(line.data());
     };
     comparisons::repeat(state, [&] {
-        Scope scope(name(), true, handler);
-        scope.lap(label);
+        Scope scope(texts.name, true, handler);
+        scope.lap(texts.label);
     });
 }
 
@@ -57,7 +58,7 @@ long long millisecondsSince(Clock::time_point then) {
     return std::chrono::duration_cast<Milliseconds>(Clock::now() - then).count();
 }
 
-void logFourLines(spdlog::logger& log, const std::string& object) {
+void logFourLines(spdlog::logger& log, const std::string& object, const std::string& label) {
     log.info("{:{}}{}: Begin", "", 0, object);
     const Clock::time_point start = Clock::now();
     log.info("{:{}}{}: {} - {} ms", "", 2, object, label, millisecondsSince(start));
@@ -67,39 +68,37 @@ void logFourLines(spdlog::logger& log, const std::string& object) {
 }
 #endif
 
-comparisons::Body logThroughSpdlog() {
+comparisons::Body logThroughSpdlog([[maybe_unused]] const Texts& texts) {
 #if defined(LAPWING_BENCH_SPDLOG)
-    return [](benchmark::State& state) {
+    return [&](benchmark::State& state) {
         spdlog::logger log("bench", std::make_shared<spdlog::sinks::null_sink_mt>());
-        comparisons::repeat(state, [&] { logFourLines(log, name()); });
+        comparisons::repeat(state,
+                            [&] { logFourLines(log, std::string(texts.name), texts.label); });
     };
 #else
     return {};
 #endif
 }
 
+void compareFourLines(const std::string& variant, const Texts& texts, double timesSpdlog) {
+    comparisons::add({"scope with a lap: four lines, " + variant,
+                      1.10,
+                      [&](auto& state) { sendFourLines<Instrumentation>(state, texts); },
+                      [&](auto& state) { sendFourLines<floors::Scope>(state, texts); },
+                      {{"spdlog, null sink", timesSpdlog, logThroughSpdlog(texts)}}});
+}
+
 }  // namespace
 
 void compareInstrumentation() {
-    using comparisons::add;
-    const std::string quiet =
-        "the name taken over, a count up and down, two clock reads, a look for a handler at each "
-        "end; a call to construct and one to destroy";
     for (const bool enabled : {false, true}) {
-        add({enabled ? "scope that sends nothing: no handler"
-                     : "scope that sends nothing: disabled",
-             quiet,
+        comparisons::add(
+            {std::string("scope that sends nothing: ") + (enabled ? "no handler" : "disabled"),
              1.10,
              [=](auto& state) { sendNothing<Instrumentation>(state, enabled); },
              [=](auto& state) { sendNothing<floors::Scope>(state, enabled); },
-             {{"Boost.Timer cpu_timer", 10, runCpuTimer()}}});
+             {{"Boost.Timer cpu_timer", 5, runCpuTimer()}}});
     }
-    add({"scope with a lap: four lines",
-         "as above and two clock reads more; for each line a copy of the handler, one "
-         "allocation of the exact size, each piece of text copied once into it, a call of the "
-         "handler",
-         1.25,
-         sendFourLines<Instrumentation>,
-         sendFourLines<floors::Scope>,
-         {{"spdlog, null sink", 1.2, logThroughSpdlog()}}});
+    compareFourLines("long names", longTexts, 1.5);
+    compareFourLines("short names", shortTexts, 1.5);
 }

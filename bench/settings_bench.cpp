@@ -6,13 +6,10 @@
 #if defined(LAPWING_BENCH_ABSL_FLAGS)
 #include <absl/flags/flag.h>
 #endif
-#if defined(LAPWING_BENCH_QSETTINGS)
-#include <QSettings>
-#include <QString>
-#include <QTemporaryDir>
-#endif
 
 namespace {
+
+using comparisons::Peer;
 
 const char* const key = "bench.value";
 const std::string longText = "a text that is longer than the buffer inside a string";
@@ -51,33 +48,27 @@ private:
 
 struct Nobody {};
 
-template <class Installed, class V>
-void readSetting(benchmark::State& state, const V& fallback) {
+template <class Setting, class Installed, class V>
+void read(benchmark::State& state, const V& fallback) {
     [[maybe_unused]] const Installed installed;
-    const DeveloperConfig::Item<V> setting{key, fallback};
+    const Setting setting{key, fallback};
     comparisons::repeat(state, [&] { return setting(); });
 }
 
-template <class Installed, class V>
-void readFloor(benchmark::State& state, const V& fallback) {
-    [[maybe_unused]] const Installed installed;
-    const floors::Setting<V> setting{key, [fallback] { return fallback; }};
-    comparisons::repeat(state, [&] { return setting.value(); });
-}
-
 template <class V>
-void addReads(const std::string& type, const V& fallback,
-              const std::vector<comparisons::Peer>& peers) {
-    using comparisons::add;
-    add({"reading a setting: " + type + ", no provider",
-         "the pointer to the provider loaded, the default made by its callable", 1.10,
-         [=](auto& state) { readSetting<Nobody>(state, fallback); },
-         [=](auto& state) { readFloor<Nobody>(state, fallback); }, peers});
-    add({"reading a setting: " + type + ", a provider",
-         "the pointer to the provider loaded, the default made by its callable, a virtual call",
-         1.10,
-         [=](auto& state) { readSetting<Host<DeveloperSettings::Provider>>(state, fallback); },
-         [=](auto& state) { readFloor<Host<floors::Source>>(state, fallback); }, peers});
+void compareReads(const std::string& type, const V& fallback, const std::vector<Peer>& peers,
+                  const std::vector<Peer>& peersOfProvider) {
+    comparisons::add({"reading a setting: " + type + ", no provider", 1.10,
+                      [=](auto& state) { read<DeveloperConfig::Item<V>, Nobody>(state, fallback); },
+                      [=](auto& state) { read<floors::Setting<V>, Nobody>(state, fallback); },
+                      peers});
+    using HostOfLapwing = Host<DeveloperSettings::Provider>;
+    using HostOfFloor = Host<floors::Source>;
+    comparisons::add(
+        {"reading a setting: " + type + ", a provider", 1.10,
+         [=](auto& state) { read<DeveloperConfig::Item<V>, HostOfLapwing>(state, fallback); },
+         [=](auto& state) { read<floors::Setting<V>, HostOfFloor>(state, fallback); },
+         peersOfProvider});
 }
 
 comparisons::Body readAbslFlag() {
@@ -90,33 +81,12 @@ comparisons::Body readAbslFlag() {
 #endif
 }
 
-comparisons::Body readQSettings([[maybe_unused]] bool isKept) {
-#if defined(LAPWING_BENCH_QSETTINGS)
-    return [=](benchmark::State& state) {
-        const QTemporaryDir folder;
-        const QString file = folder.filePath("settings.ini");
-        const QString name = "bench/value";
-        QSettings kept(file, QSettings::IniFormat);
-        kept.setValue(name, QString::fromStdString(longText));
-        kept.sync();
-        comparisons::repeat(state, [&] {
-            return isKept ? kept.value(name).toString()
-                          : QSettings(file, QSettings::IniFormat).value(name).toString();
-        });
-    };
-#else
-    return {};
-#endif
-}
-
 }  // namespace
 
 void compareSettings() {
-    addReads<bool>("bool", true, {});
-    addReads<std::int32_t>("int", 3, {});
-    addReads<double>("double", 1.5, {});
-    addReads<std::string>("long string", longText,
-                          {{"absl::GetFlag", 2, readAbslFlag()},
-                           {"QSettings, made for the read", 50, readQSettings(false)},
-                           {"QSettings, kept", 0, readQSettings(true)}});
+    compareReads<bool>("bool", true, {}, {});
+    compareReads<std::int32_t>("int", 3, {}, {});
+    compareReads<double>("double", 1.5, {}, {});
+    compareReads<std::string>("long string", longText, {{"absl::GetFlag", 2, readAbslFlag()}},
+                              {{"absl::GetFlag", 1.5, readAbslFlag()}});
 }
