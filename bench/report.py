@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Runs the benchmarks of a build tree and reports them as one table of ratios.
+"""Runs the benchmarks of a build tree and reports what they measure.
 
     bench/report.py BUILD_DIR [--markdown FILE] [--json FILE] [--plots DIR] [--brief]
 
-A Markdown file that exists keeps its text: only what stands between the lines
-"<!-- begin NAME -->" and "<!-- end NAME -->" is replaced.
+In the Markdown file, only what stands between the lines "<!-- begin NAME -->" and
+"<!-- end NAME -->" is replaced.
 """
 
 import argparse
@@ -27,6 +27,8 @@ GROWTHS = {
     "samples under one name": ("samples", "cost per sample (ns)", "bytes per sample"),
     "names": ("names", "cost per call (ns)", None),
 }
+# Where the linker places a branch makes differences up to this, whatever the code.
+INDISTINCT_NANOSECONDS = 1
 SIDES = ("lapwing", "floor")
 
 
@@ -80,33 +82,30 @@ def medians_of(output):
     return {key: statistics.median(values) for key, values in times.items()}
 
 
-# Sides are compared within each round: the machine may be another in the next.
-def over_rounds(rounds, figure):
-    return statistics.median(map(figure, rounds))
+# Sides are compared within each round, since the machine may be slower in the next. The times are
+# those of the round with the median ratio, and the ratio is that of the times as printed.
+def compare(rounds, above, below):
+    pairs = [[float(f"{times[side]:.4g}") for side in (above, below)] for times in rounds]
+    pairs.sort(key=lambda pair: pair[0] / pair[1])
+    ratios = [pair[0] / pair[1] for pair in pairs]
+    middle = len(pairs) // 2
+    return {above: pairs[middle][0], below: pairs[middle][1], "ratio": ratios[middle],
+            "lowest": ratios[0], "highest": ratios[-1]}
 
 
-def row_of(name, context, rounds):
-    def value(key):
-        return context[f"{name}/{key}"]
+def against_floor(name, bound, rounds):
+    result = compare(rounds, "lapwing", "floor")
+    excess = result["lapwing"] - result["floor"]
+    return {"name": name, "bound": bound, "distinct": abs(excess) >= INDISTINCT_NANOSECONDS,
+            "holds": result["ratio"] <= bound or excess < INDISTINCT_NANOSECONDS, **result}
 
-    def time(side):
-        return over_rounds(rounds, lambda times: times[side])
 
-    def ratio(above, below):
-        return over_rounds(rounds, lambda times: times[above] / times[below])
-
-    def peer_of(peer):
-        wanted = float(value(f"peer/{peer}"))
-        faster = ratio(peer, "lapwing") if peer in rounds[0] else None
-        return {"name": peer, "times_faster": faster, "wanted": wanted,
-                "holds": None if faster is None or not wanted else faster >= wanted}
-
-    bound = float(value("times floor"))
-    peers = [key.split("/")[2] for key in context if key.startswith(f"{name}/peer/")]
-    return {"name": name, "lapwing_ns": time("lapwing"), "floor_ns": time("floor"),
-            "ratio": ratio("lapwing", "floor"), "bound": bound,
-            "holds": ratio("lapwing", "floor") <= bound,
-            "floor_does": value("floor does"), "peers": list(map(peer_of, peers))}
+def against_peer(name, peer, bound, rounds):
+    if peer not in rounds[0]:
+        return {"name": name, "peer": peer, "bound": bound, "ratio": None}
+    result = compare(rounds, peer, "lapwing")
+    return {"name": name, "peer": peer, "bound": bound, "distinct": True,
+            "holds": result["ratio"] >= bound, "peer_time": result.pop(peer), **result}
 
 
 def bytes_of(output):
@@ -118,7 +117,7 @@ def bytes_of(output):
 def growth_of(output, rounds):
     sizes = bytes_of(output)
     return [{"size": size, "bytes": sizes.get(str(size)),
-             **{side: over_rounds(rounds, lambda times: times[side, size]) for side in SIDES}}
+             **{side: statistics.median(times[side, size] for times in rounds) for side in SIDES}}
             for size in sorted(size for side, size in rounds[0] if side == SIDES[0])]
 
 
@@ -126,42 +125,40 @@ def quantile(ordered, share):
     return ordered[min(len(ordered) - 1, int(share * len(ordered)))]
 
 
-def lateness(values):
-    ordered = sorted(value / 1e6 for value in values)
+def lateness(kinds, side):
+    ordered = sorted(value / 1e6 for kind in kinds for value in kind[side])
     return {"p50": quantile(ordered, 0.5), "p99": quantile(ordered, 0.99), "worst": ordered[-1],
             "earliest": ordered[0]}
 
 
-def replay_of(kind):
+def replay_of(kinds):
+    return {side: lateness(kinds, side) for side in ("lapwing", "bare")}
+
+
+def replay_of_kind(kind):
+    whole, cut = divmod(kind["stand_in_ns"], 10**6)
     return {"load": kind["load"], "average_ms": kind["average_ms"],
-            "stand_in_ms": kind["stand_in_ns"] / 1e6, "cut_ms": kind["stand_in_ns"] % 10**6 / 1e6,
-            "calls": len(kind["lapwing"]),
-            "lapwing": lateness(kind["lapwing"]), "bare": lateness(kind["bare"])}
+            "stand_in_ms": whole + cut / 1e6, "cut_ms": cut / 1e6, "calls": len(kind["lapwing"]),
+            **replay_of([kind])}
 
 
-def together(kinds, load):
-    kinds = [kind for kind in kinds if kind["load"] == load and kind["stand_in_ns"] % 10**6 == 0]
-    return {side: lateness([value for kind in kinds for value in kind[side]])
-            for side in ("lapwing", "bare")}
+def replay_without_cut(kinds, load):
+    return replay_of([kind for kind in kinds
+                      if kind["load"] == load and kind["stand_in_ns"] % 10**6 == 0])
 
 
 def machine_of(context):
+    cpuinfo = Path("/proc/cpuinfo")
+    model = cpuinfo.exists() and re.search(r"model name\s*: (.*)", cpuinfo.read_text())
     return {
         "date": datetime.date.today().isoformat(),
         "cores": os.cpu_count(),
-        "processor": first_match("/proc/cpuinfo", r"model name\s*: (.*)") or platform.machine(),
-        "system": first_match("/etc/os-release", r'PRETTY_NAME="(.*)"') or platform.system(),
+        "processor": model[1] if model else platform.machine(),
+        "system": platform.freedesktop_os_release()["PRETTY_NAME"],
         "kernel": f"{platform.system()} {platform.release().split('-')[0]}",
         "compiler": context["compiler"],
         "build": context["build"].strip(),
     }
-
-
-def first_match(file, pattern):
-    if not Path(file).exists():
-        return None
-    found = re.search(pattern, Path(file).read_text())
-    return found and found[1]
 
 
 def measure(folder, brief):
@@ -171,10 +168,13 @@ def measure(folder, brief):
     kinds = run_replay(folder, brief)
     return {
         "machine": machine_of(context),
-        "rows": [row_of(name, context, medians[name]) for name in medians if name not in GROWTHS],
+        "floors": [against_floor(name, float(context[f"{name}/times floor"]), medians[name])
+                   for name in medians if name not in GROWTHS],
+        "peers": [against_peer(name, key.split("/")[2], float(context[key]), medians[name])
+                  for name in medians for key in context if key.startswith(f"{name}/peer/")],
         "growth": {name: growth_of(rounds[0][name], medians[name]) for name in GROWTHS},
-        "replay": [replay_of(kind) for kind in kinds],
-        "replay_together": {load: together(kinds, load) for load in ("idle", "busy")},
+        "replay": [replay_of_kind(kind) for kind in kinds],
+        "replay_without_cut": {load: replay_without_cut(kinds, load) for load in ("idle", "busy")},
     }
 
 
@@ -190,30 +190,32 @@ def table(heads, lines):
 def time_text(value):
     for unit, size in (("ms", 1e6), ("µs", 1e3)):
         if value >= size:
-            return f"{value / size:.3g} {unit}"
-    return f"{value:.3g} ns"
+            return f"{value / size:.4g} {unit}"
+    return f"{value:.4g} ns"
 
 
-def verdict(holds):
-    return {True: "yes", False: "**no**", None: ""}[holds]
+def ratio_cells(result):
+    holds = ("yes" if result["holds"] else "**no**") if result["distinct"] else "within 1 ns"
+    return [f"{result['ratio']:.2f}", f"{result['lowest']:.2f} to {result['highest']:.2f}",
+            f"{result['bound']:g}", holds]
 
 
-def peer_text(peer):
-    if peer["times_faster"] is None:
-        return f"{peer['name']}: not installed"
-    wanted = f" (at least {peer['wanted']:g}: {verdict(peer['holds'])})" if peer["wanted"] else ""
-    return f"{peer['name']}: {peer['times_faster']:.1f} times faster{wanted}"
+def floors_table(results):
+    return table(["row", "Lapwing", "floor", "ratio", "lowest to highest", "at most", "holds"],
+                 [[result["name"], time_text(result["lapwing"]), time_text(result["floor"]),
+                   *ratio_cells(result)] for result in results])
 
 
-def rows_table(rows):
-    return table(["row", "Lapwing", "floor", "ratio", "at most", "holds", "against peers"],
-                 [[row["name"], time_text(row["lapwing_ns"]), time_text(row["floor_ns"]),
-                   f"{row['ratio']:.2f}", f"{row['bound']:.2f}", verdict(row["holds"]),
-                   "; ".join(map(peer_text, row["peers"]))] for row in rows])
+def peer_cells(result):
+    if result["ratio"] is None:
+        return ["not installed", *5 * [""]]
+    return [time_text(result["peer_time"]), time_text(result["lapwing"]), *ratio_cells(result)]
 
 
-def floors_table(rows):
-    return table(["row", "what its floor does"], [[row["name"], row["floor_does"]] for row in rows])
+def peers_table(results):
+    return table(["row", "peer", "its time", "Lapwing", "times faster", "lowest to highest",
+                  "at least", "holds"],
+                 [[result["name"], result["peer"], *peer_cells(result)] for result in results])
 
 
 def growth_table(name, points):
@@ -237,7 +239,7 @@ def replay_table(kinds):
                    str(kind["calls"]), *late_cells(kind)] for kind in kinds])
 
 
-def together_table(loads):
+def replay_summary(loads):
     return table(["load", *LATE_HEADS, "p99 beyond the bare sleep's", "ends early"],
                  [[load, *late_cells(sides),
                    f"{sides['lapwing']['p99'] - sides['bare']['p99']:.2f}",
@@ -252,9 +254,9 @@ def machine_text(machine):
 
 def sections_of(results):
     sections = {"machine": machine_text(results["machine"]),
-                "rows": rows_table(results["rows"]),
-                "floors": floors_table(results["rows"]),
-                "replay": together_table(results["replay_together"])}
+                "floors": floors_table(results["floors"]),
+                "peers": peers_table(results["peers"]),
+                "replay": replay_summary(results["replay_without_cut"])}
     for load in ("idle", "busy"):
         sections[f"replay {load}"] = replay_table(
             [kind for kind in results["replay"] if kind["load"] == load])
@@ -264,13 +266,12 @@ def sections_of(results):
 
 
 def write_markdown(file, sections):
-    old = file.read_text() if file.exists() else "\n\n".join(
-        f"<!-- begin {name} -->\n<!-- end {name} -->" for name in sections) + "\n"
+    page = file.read_text()
     for name, text in sections.items():
         begin, end = f"<!-- begin {name} -->", f"<!-- end {name} -->"
-        old = re.sub(f"{re.escape(begin)}.*?{re.escape(end)}",
-                     lambda _: f"{begin}\n{text}\n{end}", old, flags=re.DOTALL)
-    file.write_text(old)
+        page = re.sub(f"{re.escape(begin)}.*?{re.escape(end)}",
+                      lambda _: f"{begin}\n{text}\n{end}", page, flags=re.DOTALL)
+    file.write_text(page)
 
 
 def plot_script(name, points, file):
@@ -306,8 +307,8 @@ def main():
     options = arguments()
     results = measure(options.build_dir / "bin", options.brief)
     sections = sections_of(results)
-    for name in ("rows", *(name for name in sections if name.startswith(("growth", "replay")))):
-        print(f"\n{name}\n{sections[name]}")
+    for name, text in sections.items():
+        print(f"\n{name}\n{text}")
     if options.markdown:
         write_markdown(options.markdown, sections)
     if options.json:
