@@ -4,6 +4,7 @@
 #include "instrumentation/global_handler.h"
 #include "short_text.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <utility>
@@ -107,9 +108,11 @@ void Instrumentation::sendTimeMessage(Milliseconds duration, const std::string& 
 void Instrumentation::unchecked_sendMessage(LogMessageHandler& handler, const std::string& text,
                                             std::string_view ending) {
     const std::size_t spaces = indentation(nestingDepth);
-    std::string line;
-    line.reserve(spaces + objectName.size() + 2 + text.size() + ending.size());
-    line.append(spaces, ' ').append(objectName).append(": ").append(text).append(ending);
+    std::string line(spaces + objectName.size() + 2 + text.size() + ending.size(), ' ');
+    char* place = std::copy(objectName.begin(), objectName.end(), line.data() + spaces);
+    *place = ':';
+    place = std::copy(text.begin(), text.end(), place + 2);
+    std::copy(ending.begin(), ending.end(), place);
     handler(line);
 }
 
