@@ -50,7 +50,7 @@ struct Sampling : testing::Test {
         }
     }
     TimingSampleHandler handler(const std::string& event) {
-        return [=](const std::string& name, Milliseconds duration) {
+        return [this, event](const std::string& name, Milliseconds duration) {
             reach(event + " " + name + " " + std::to_string(duration.count()));
             clock.advance(85ms);
         };
