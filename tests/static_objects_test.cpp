@@ -54,7 +54,7 @@ void (*timeRuns)(Tell) = nullptr;
 TEST(StaticObjects, EmptyTheGlobalHandlerForGoodWhenTheLibraryIsUnloaded) {
     for (int round = 0; round < 2; ++round) {
         told.clear();
-        const Module host = load(LAPWING_TESTS_HOST);
+        Module host = load(LAPWING_TESTS_HOST);
         ASSERT_NE(host, nullptr);
         const auto send = find<void(const char*)>(host, "send");
         send("Unheard");
@@ -70,8 +70,8 @@ TEST(StaticObjects, EmptyTheGlobalHandlerForGoodWhenTheLibraryIsUnloaded) {
 
 TEST(StaticObjectsDeathTest, LetAHostExitWithItsHandlerInstalledAndTimeRunsAfterwards) {
     const auto leave = [] {
-        const Module lateCaller = load(LAPWING_TESTS_LATE_CALLER);
-        const Module host = load(LAPWING_TESTS_HOST);
+        Module lateCaller = load(LAPWING_TESTS_LATE_CALLER);
+        Module host = load(LAPWING_TESTS_HOST);
         const auto tell = [](const char* text) { std::fprintf(stderr, "%s; ", text); };
         find<void(Tell)>(host, "start")(tell);
         timeRuns = find<void(Tell)>(host, "timeRuns");
