@@ -17,7 +17,8 @@ namespace {
 
 bool isDestroyed = false;
 
-// The handler is never destroyed, so that it can be asked for at any time; its keeper empties it.
+// The handler is never destroyed, so that it can be asked for until the process ends; its keeper
+// empties it.
 alignas(LogMessageHandler) std::array<std::byte, sizeof(LogMessageHandler)> handlerStorage;
 LogMessageHandler& handler = *new (handlerStorage.data()) LogMessageHandler;
 

@@ -62,7 +62,7 @@ struct TimingProfile {
     std::unordered_map<std::string, std::vector<Milliseconds>> samples;
 };
 
-/// Gathers samples and notes into a TimingProfile. It grows by one element with every sample.
+/// Gathers samples and notes into a TimingProfile. The collector grows by one element per sample.
 ///
 /// Failures: members throw std::bad_alloc if memory runs out, and each says what is kept then. They
 /// throw std::system_error if the lock cannot be taken, and change nothing.
@@ -104,9 +104,8 @@ private:
 /// Makes an operation last as long as it did on average when its profile was recorded. The emulator
 /// is told how long the operation took this time, and sleeps for the rest. Its error profile
 /// records where that failed:
-/// - `samples` holds the average minus the duration (negative) for each time that the operation
-/// took
-///   longer than its average;
+/// - `samples` holds, for each time that an operation took longer than its average, the average
+///   minus the duration, which is negative;
 /// - `notes` holds "no sample data found in loaded timing profile" for each operation that has no
 ///   samples in the loaded profile, or whose average is zero.
 ///
@@ -168,7 +167,7 @@ private:
 /// or that the function does not take, is skipped together with its line.
 ///
 /// Failures: exceptions of the setting's provider, the work, a handler or the log message handler
-/// propagate, and the remaining steps are skipped. There is one exception to that: if the work or
+/// propagate, and the remaining steps are skipped. One case differs: if the work or
 /// the note after it fails, `collect` is still called, after its line, with 0 ms. If that line or
 /// `collect` throws as well, the process ends through std::terminate. Empty work counts as work
 /// that throws std::bad_function_call.
