@@ -1,0 +1,31 @@
+// The format of a file of recordings: JSON, one recording after the other.
+
+#ifndef LAPWING_KIT_SRC_RECORDING_FORMAT_H
+#define LAPWING_KIT_SRC_RECORDING_FORMAT_H
+
+#include <lapwing/kit/recording_file.h>
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lapwing {
+
+// Fills `buffer` with up to `size` bytes and returns how many; 0 at the end.
+using ReadBytes = std::function<std::size_t(char* buffer, std::size_t size)>;
+
+// Takes the next bytes, in large blocks.
+using WriteBytes = std::function<void(std::string_view bytes)>;
+
+// Throws RecordingFileError, which names `file`, for what the format does not allow.
+std::vector<Recording> parseRecordings(const ReadBytes& read, const std::string& file,
+                                       const RecordingLimits& limits);
+
+// Throws std::invalid_argument for what the format cannot hold, before it writes anything.
+void formatRecordings(const std::vector<Recording>& recordings, const WriteBytes& write);
+
+}  // namespace lapwing
+
+#endif  // LAPWING_KIT_SRC_RECORDING_FORMAT_H
