@@ -26,6 +26,12 @@ std::vector<Recording> parseRecordings(const ReadBytes& read, const std::string&
 // Throws std::invalid_argument for what the format cannot hold, before it writes anything.
 void formatRecordings(const std::vector<Recording>& recordings, const WriteBytes& write);
 
+// Says what is wrong with an id; empty if nothing is.
+std::string problemOfId(std::string_view id);
+
+// The text in quotation marks for a message: shortened, on one line, and UTF-8 whatever it holds.
+std::string inQuotes(std::string_view text);
+
 }  // namespace lapwing
 
 #endif  // LAPWING_KIT_SRC_RECORDING_FORMAT_H

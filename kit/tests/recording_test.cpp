@@ -1,1 +1,106 @@
+#include <lapwing/kit/recording.h>
 
+#include <gtest/gtest.h>
+
+#include <set>
+#include <stdexcept>
+
+using lapwing::flattened;
+using lapwing::makeRecording;
+using lapwing::merged;
+using lapwing::Recording;
+
+namespace {
+
+using Samples = std::vector<Milliseconds>;
+
+Recording at(int seconds, const std::string& id, const Samples& samples = {Milliseconds(1)}) {
+    Recording recording;
+    recording.id = id;
+    recording.recorded += std::chrono::seconds(seconds);
+    recording.profile.samples["Scan"] = samples;
+    return recording;
+}
+
+std::vector<std::string> idsOf(const std::vector<Recording>& recordings) {
+    std::vector<std::string> ids;
+    for (const Recording& recording : recordings) {
+        ids.push_back(recording.id);
+    }
+    return ids;
+}
+
+}  // namespace
+
+TEST(Recording, IsMadeWithAFreshIdAndTheTime) {
+    TimingProfile profile;
+    profile.notes["Scan"] = "cold";
+    std::set<std::string> ids;
+    for (int i = 0; i < 100; ++i) {
+        const auto before = std::chrono::system_clock::now();
+        const Recording recording = makeRecording(profile, {{"build", "41"}});
+        const auto second = std::chrono::floor<std::chrono::seconds>(recording.recorded);
+        EXPECT_EQ(recording.recorded, second);
+        EXPECT_LE(std::chrono::floor<std::chrono::seconds>(before), recording.recorded);
+        EXPECT_LE(recording.recorded, std::chrono::system_clock::now());
+        EXPECT_EQ(recording.labels.at("build"), "41");
+        EXPECT_EQ(recording.profile.notes, profile.notes);
+        EXPECT_EQ(recording.id.size(), 32U);
+        EXPECT_EQ(recording.id.find_first_not_of("0123456789abcdef"), std::string::npos);
+        ids.insert(recording.id);
+    }
+    EXPECT_EQ(ids.size(), 100U);
+}
+
+TEST(Recording, MergesByIdInTheOrderOfTimeAndId) {
+    const std::vector<Recording> first = {at(3, "a"), at(1, "d"), at(2, "b")};
+    const std::vector<Recording> second = {at(1, "d"), at(1, "c"), at(-1, "e"), at(3, "a")};
+    const std::vector<std::string> order = {"e", "c", "d", "b", "a"};
+    const std::vector<Recording> both = merged(first, second);
+    EXPECT_EQ(idsOf(both), order);
+    EXPECT_EQ(idsOf(merged(both, second)), order);
+    EXPECT_EQ(idsOf(merged(second, first)), order);
+    EXPECT_EQ(idsOf(merged({at(2, "b"), at(1, "a"), at(2, "b")}, {})),
+              (std::vector<std::string>{"a", "b"}));
+}
+
+TEST(Recording, MergesTheSameIdOnlyWithTheSameContents) {
+    const Recording original = at(1, "a\n");
+    Recording same = original;
+    same.recorded += std::chrono::milliseconds(999);
+    same.profile.samples["without samples"] = {};
+    EXPECT_EQ(merged({original}, {same}).size(), 1U);
+    EXPECT_EQ(merged({same}, {original}).size(), 1U);
+
+    std::vector<Recording> others(6, original);
+    others[0].recorded += std::chrono::seconds(1);
+    others[1].labels["build"] = "";
+    others[2].profile.notes["Scan"] = "";
+    others[3].profile.samples["Scan"].emplace_back(1);
+    others[4].profile.samples["Load"] = {Milliseconds(1)};
+    others[5].profile.samples = {{"Load", {Milliseconds(1)}}};
+    for (const Recording& other : others) {
+        try {
+            static_cast<void>(merged({original}, {other}));
+            ADD_FAILURE() << "merged";
+        } catch (const std::invalid_argument& error) {
+            EXPECT_STREQ(error.what(),
+                         R"(two recordings with the id "a\n" have different contents)");
+        }
+    }
+}
+
+TEST(Recording, FlattensInTheOrderGiven) {
+    std::vector<Recording> recordings = {at(2, "b", {Milliseconds(5), Milliseconds(4)}),
+                                         at(1, "a", {Milliseconds(3)})};
+    recordings[0].profile.notes["Scan"] = "first";
+    recordings[1].profile.notes["Scan"] = "second";
+    recordings[1].profile.notes["Load"] = "other";
+    recordings[1].profile.samples["Load"] = {Milliseconds(7)};
+    const TimingProfile profile = flattened(recordings);
+    EXPECT_EQ(profile.samples.at("Scan"),
+              (Samples{Milliseconds(5), Milliseconds(4), Milliseconds(3)}));
+    EXPECT_EQ(profile.samples.at("Load"), Samples{Milliseconds(7)});
+    EXPECT_EQ(profile.notes.at("Scan"), "first");
+    EXPECT_EQ(profile.notes.at("Load"), "other");
+}
