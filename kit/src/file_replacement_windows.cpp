@@ -46,10 +46,9 @@ struct RenameInformation {
     WCHAR name[1];
 };
 
-// Opens no more than what is needed to ask about the file.
-SystemFile openToAsk(const fs::path& file) {
-    return SystemFile(CreateFileW(file.c_str(), FILE_READ_ATTRIBUTES, shareAll, nullptr,
-                                  OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+SystemFile open(const fs::path& file, DWORD access) {
+    return SystemFile(CreateFileW(file.c_str(), access, shareAll, nullptr, OPEN_EXISTING,
+                                  FILE_FLAG_BACKUP_SEMANTICS, nullptr));
 }
 
 DWORD attributesOf(const fs::path& file, const fs::path& name) {
@@ -82,7 +81,7 @@ fs::path resolveLinks(const fs::path& file) {
     if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
         return fs::absolute(file);
     }
-    const SystemFile opened = openToAsk(file);
+    const SystemFile opened = open(file, FILE_READ_ATTRIBUTES);
     if (!opened.isOpen()) {
         throwSystemError(file);
     }
@@ -90,7 +89,7 @@ fs::path resolveLinks(const fs::path& file) {
 }
 
 void requireRegularFile(const fs::path& target, const fs::path& name) {
-    const SystemFile opened = openToAsk(target);
+    const SystemFile opened = open(target, FILE_READ_ATTRIBUTES);
     const DWORD attributes = attributesOf(target, name);
     if (!target.has_filename() ||
         (opened.isOpen() && GetFileType(opened.handle()) != FILE_TYPE_DISK) ||
@@ -100,7 +99,7 @@ void requireRegularFile(const fs::path& target, const fs::path& name) {
 }
 
 SystemFile openTemporary(const fs::path& temporary) {
-    return SystemFile(CreateFileW(temporary.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE,
+    return SystemFile(CreateFileW(temporary.c_str(), GENERIC_READ | GENERIC_WRITE,
                                   FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
                                   FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
 }
@@ -109,11 +108,11 @@ SystemFile openTemporary(const fs::path& temporary) {
 // removes it.
 SystemFile lockTemporary(const fs::path& temporary, const fs::path& name) {
     SystemFile opened;
-    const auto open = [&opened, &temporary] {
+    const auto attempt = [&opened, &temporary] {
         opened = openTemporary(temporary);
         return opened.isOpen();
     };
-    while (!retryWhile({ERROR_SHARING_VIOLATION, ERROR_ACCESS_DENIED}, open)) {
+    while (!retryWhile({ERROR_SHARING_VIOLATION, ERROR_ACCESS_DENIED}, attempt)) {
         if (GetLastError() != ERROR_SHARING_VIOLATION) {
             throwSystemError(name);
         }
@@ -121,7 +120,9 @@ SystemFile lockTemporary(const fs::path& temporary, const fs::path& name) {
     return opened;
 }
 
-bool renameWithPosixSemantics(const SystemFile& file, const fs::path& target) {
+// The file is open with the right to rename it only as long as that takes: other programs' readers
+// may not share it.
+bool renameWithPosixSemantics(const fs::path& temporary, const fs::path& target) {
     const std::wstring& path = target.native();
     const std::size_t pathBytes = path.size() * sizeof(WCHAR);
     std::vector<std::byte> buffer(sizeof(RenameInformation) + pathBytes);
@@ -130,7 +131,9 @@ bool renameWithPosixSemantics(const SystemFile& file, const fs::path& target) {
     information.nameBytes = static_cast<DWORD>(pathBytes);
     std::memcpy(buffer.data(), &information, sizeof information);
     std::memcpy(buffer.data() + offsetof(RenameInformation, name), path.data(), pathBytes);
-    return SetFileInformationByHandle(file.handle(), renameInformationEx, buffer.data(),
+    const SystemFile file = open(temporary, DELETE);
+    return file.isOpen() &&
+           SetFileInformationByHandle(file.handle(), renameInformationEx, buffer.data(),
                                       static_cast<DWORD>(buffer.size())) != 0;
 }
 
@@ -155,10 +158,7 @@ FileReplacement::State::State(const fs::path& named, fs::path target)
 
 FileReplacement::State::~State() {
     if (temporary.isOpen() && !committed) {
-        FILE_DISPOSITION_INFO information{};
-        information.DeleteFile = TRUE;
-        SetFileInformationByHandle(temporary.handle(), FileDispositionInfo, &information,
-                                   sizeof information);
+        DeleteFileW(temporaryPath.c_str());
     }
 }
 
@@ -189,7 +189,7 @@ void FileReplacement::write(std::string_view bytes) {
 void FileReplacement::commit() {
     flush(state->temporary, state->name);
     const bool renamed = retryWhile({ERROR_SHARING_VIOLATION, ERROR_ACCESS_DENIED}, [this] {
-        return renameWithPosixSemantics(state->temporary, state->targetPath) ||
+        return renameWithPosixSemantics(state->temporaryPath, state->targetPath) ||
                moveOver(state->temporaryPath, state->targetPath);
     });
     if (!renamed) {
