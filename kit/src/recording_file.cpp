@@ -1,1 +1,226 @@
+#include <lapwing/kit/recording_file.h>
 
+#include "file_replacement.h"
+#include "recording_format.h"
+#include "system_file.h"
+#include "utc_text.h"
+
+#include <algorithm>
+#include <istream>
+#include <memory>
+#include <ostream>
+#include <system_error>
+#include <unordered_map>
+#include <utility>
+
+namespace lapwing {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+bool isFolder(const fs::path& file) {
+    std::error_code error;
+    return fs::is_directory(file, error);
+}
+
+std::vector<Recording> loadFile(const fs::path& file, const RecordingLimits& limits) {
+    InputFile input(file);
+    const auto read = [&input](char* buffer, std::size_t size) { return input.read(buffer, size); };
+    return parseRecordings(read, displayName(file), limits);
+}
+
+std::vector<fs::path> filesIn(const fs::path& folder) {
+    std::vector<fs::path> files;
+    std::error_code error;
+    fs::directory_iterator entry(folder, error);
+    while (!error && entry != fs::directory_iterator()) {
+        if (entry->path().extension() == ".json" && !isFolder(entry->path())) {
+            files.push_back(entry->path());
+        }
+        entry.increment(error);
+    }
+    if (error) {
+        throwSystemError(folder, error.value());
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+// Opening a pipe would wait for its other end.
+void requireRegularFile(const fs::path& file) {
+    std::error_code error;
+    const fs::file_status status = fs::status(file, error);
+    if (fs::exists(status) && !fs::is_regular_file(status)) {
+        throw RecordingFileError(displayName(file), 1, 1, "not a regular file");
+    }
+}
+
+std::size_t sampleCount(const std::vector<Recording>& recordings) {
+    std::size_t count = 0;
+    for (const Recording& recording : recordings) {
+        for (const auto& [name, samples] : recording.profile.samples) {
+            count += samples.size();
+        }
+    }
+    return count;
+}
+
+// The recordings of the files of a folder, within the limits of them all.
+class Collection {
+public:
+    explicit Collection(const RecordingLimits& limits) : left(limits) {}
+
+    void add(const fs::path& file) {
+        std::vector<Recording> loaded = loadFile(file, left);
+        left.recordings -= loaded.size();
+        left.samples -= sampleCount(loaded);
+        for (Recording& recording : loaded) {
+            add(std::move(recording), file);
+        }
+    }
+
+    std::vector<Recording> extract() { return merged(std::move(recordings), {}); }
+
+private:
+    void add(Recording recording, const fs::path& file) {
+        const auto [place, isNew] = places.emplace(recording.id, recordings.size());
+        if (isNew) {
+            recordings.push_back(std::move(recording));
+        } else {
+            requireSame(recordings[place->second], recording, file);
+        }
+    }
+
+    static void requireSame(const Recording& known, const Recording& recording,
+                            const fs::path& file) {
+        try {
+            static_cast<void>(merged({known}, {recording}));
+        } catch (const std::invalid_argument& error) {
+            throw RecordingFileError(displayName(file), 1, 1, error.what());
+        }
+    }
+
+    RecordingLimits left;
+    std::vector<Recording> recordings;
+    std::unordered_map<std::string, std::size_t> places;
+};
+
+std::vector<Recording> loadFolder(const fs::path& folder, const RecordingLimits& limits) {
+    Collection collection(limits);
+    for (const fs::path& file : filesIn(folder)) {
+        requireRegularFile(file);
+        collection.add(file);
+    }
+    return collection.extract();
+}
+
+// Bad recordings are found before `open` is called.
+template <typename Open>
+void save(const std::vector<Recording>& recordings, const Open& open) {
+    std::unique_ptr<FileReplacement> replacement;
+    formatRecordings(recordings, [&](std::string_view bytes) {
+        if (!replacement) {
+            replacement = open();
+        }
+        replacement->write(bytes);
+    });
+    replacement->commit();
+}
+
+void requireNewId(const std::string& id, const std::vector<Recording>& known,
+                  const fs::path& file) {
+    if (std::any_of(known.begin(), known.end(),
+                    [&id](const Recording& recording) { return recording.id == id; })) {
+        throw std::invalid_argument(displayName(file) + ": already has a recording " +
+                                    inQuotes(id));
+    }
+}
+
+void appendToFile(const fs::path& file, const Recording& recording, const RecordingLimits& limits) {
+    FileReplacement replacement(file);
+    std::vector<Recording> recordings;
+    if (replacement.targetExists()) {
+        recordings = loadFile(file, limits);
+    }
+    requireNewId(recording.id, recordings, file);
+    recordings.push_back(recording);
+    formatRecordings(recordings,
+                     [&replacement](std::string_view bytes) { replacement.write(bytes); });
+    replacement.commit();
+}
+
+bool isPlain(char c) {
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '-' ||
+           c == '_';
+}
+
+// "20261121T144000Z-ID", without characters that a file system could refuse.
+std::string fileStem(const Recording& recording) {
+    constexpr std::size_t longestId = 64;
+    std::string stem =
+        toUtcText(std::chrono::floor<std::chrono::seconds>(recording.recorded)).value();
+    stem.erase(
+        std::remove_if(stem.begin(), stem.end(), [](char c) { return c == '-' || c == ':'; }),
+        stem.end());
+    stem += '-';
+    for (const char c : recording.id.substr(0, longestId)) {
+        stem += isPlain(c) ? c : '_';
+    }
+    return stem;
+}
+
+// Different ids can amount to the same name.
+std::unique_ptr<FileReplacement> openNewFile(const fs::path& folder, const Recording& recording,
+                                             const RecordingLimits& limits) {
+    const std::string stem = fileStem(recording);
+    std::string suffix;
+    for (int number = 2;; ++number) {
+        const fs::path file = folder / (stem + suffix + ".json");
+        auto replacement = std::make_unique<FileReplacement>(file);
+        if (!replacement->targetExists()) {
+            return replacement;
+        }
+        requireNewId(recording.id, loadFile(file, limits), file);
+        suffix = '-' + std::to_string(number);
+    }
+}
+
+}  // namespace
+
+std::vector<Recording> loadRecordings(const fs::path& file, const RecordingLimits& limits) {
+    return isFolder(file) ? loadFolder(file, limits) : loadFile(file, limits);
+}
+
+void saveRecordings(const fs::path& file, const std::vector<Recording>& recordings) {
+    save(recordings, [&file] { return std::make_unique<FileReplacement>(file); });
+}
+
+void appendRecording(const fs::path& file, const Recording& recording,
+                     const RecordingLimits& limits) {
+    if (isFolder(file)) {
+        save({recording}, [&] { return openNewFile(file, recording, limits); });
+    } else {
+        appendToFile(file, recording, limits);
+    }
+}
+
+std::vector<Recording> readRecordings(std::istream& stream, const std::string& name,
+                                      const RecordingLimits& limits) {
+    const auto read = [&stream, &name](char* buffer, std::size_t size) {
+        stream.read(buffer, static_cast<std::streamsize>(size));
+        if (stream.bad()) {
+            throw std::system_error(std::make_error_code(std::errc::io_error), name);
+        }
+        return static_cast<std::size_t>(stream.gcount());
+    };
+    return parseRecordings(read, name, limits);
+}
+
+void writeRecordings(std::ostream& stream, const std::vector<Recording>& recordings) {
+    formatRecordings(recordings, [&stream](std::string_view bytes) {
+        stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    });
+}
+
+}  // namespace lapwing

@@ -72,8 +72,9 @@ void saveRecordings(const std::filesystem::path& file, const std::vector<Recordi
 /// folder, the recording gets a file of its own there, named by time and id.
 ///
 /// Throws std::invalid_argument as saveRecordings() does, and if the file has that id already;
-/// RecordingFileError if the file cannot be loaded.
-void appendRecording(const std::filesystem::path& file, const Recording& recording);
+/// RecordingFileError if the file cannot be loaded within `limits`.
+void appendRecording(const std::filesystem::path& file, const Recording& recording,
+                     const RecordingLimits& limits = {});
 
 /// Reads the format from a stream. `name` stands for the file in errors.
 [[nodiscard]] std::vector<Recording> readRecordings(std::istream& stream, const std::string& name,
