@@ -73,5 +73,6 @@ void compareInstrumentation();
 void compareCollector();
 void compareEmulator();
 void compareSampling();
+void compareRecordingFiles();
 
 #endif  // LAPWING_BENCH_COMPARISONS_H

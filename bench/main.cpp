@@ -17,6 +17,9 @@ int main(int argc, char** argv) {
     compareCollector();
     compareEmulator();
     compareSampling();
+#if defined(LAPWING_BENCH_KIT)
+    compareRecordingFiles();
+#endif
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
 }

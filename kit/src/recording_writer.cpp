@@ -1,8 +1,9 @@
 #include <lapwing/kit/file_text.h>
 
 #include <algorithm>
-#include <array>
 #include <charconv>
+#include <cstdint>
+#include <cstring>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <stdexcept>
@@ -16,40 +17,75 @@ namespace lapwing {
 namespace {
 
 constexpr std::size_t lineLength = 100;
-constexpr std::size_t blockSize = 64U << 10U;
 
+// Gathers text in blocks and knows the column.
 class LineWriter {
 public:
-    explicit LineWriter(const WriteBytes& writeBytes) : write(writeBytes) {
-        buffer.reserve(blockSize);
-    }
+    explicit LineWriter(const WriteBytes& writeBytes) : write(writeBytes) {}
 
     void append(std::string_view text) {
-        if (buffer.size() + text.size() > blockSize) {
-            flush();
+        while (!text.empty()) {
+            const std::string_view part = text.substr(0, makeRoom(1));
+            end = std::copy(part.begin(), part.end(), end);
+            text.remove_prefix(part.size());
         }
-        buffer.append(text);
-        column += text.size();
     }
 
     void startLine(std::size_t indent) {
         append("\n");
-        column = 0;
+        lineStart = end;
+        columnOfBlock = 0;
         append(std::string_view("        ", indent));
     }
 
-    // Leaves room for the comma behind it.
-    [[nodiscard]] bool hasRoomFor(std::size_t size) const { return column + size < lineLength; }
+    // As WrappedList adds an entry behind another one, but faster.
+    void appendNextNumber(std::int64_t number, std::size_t indent) {
+        makeRoom(longestNumber + 2 + indent);
+        char* const digits = end + 2;
+        end[0] = ',';
+        end[1] = ' ';
+        char* numberEnd = std::to_chars(digits, digits + longestNumber, number).ptr;
+        if (columnOfBlock + static_cast<std::size_t>(numberEnd - lineStart) >= lineLength) {
+            end[1] = '\n';
+            std::memmove(digits + indent, digits, longestNumber);
+            std::memset(digits, ' ', indent);
+            numberEnd += indent;
+            lineStart = digits;
+            columnOfBlock = 0;
+        }
+        end = numberEnd;
+    }
+
+    [[nodiscard]] std::size_t column() const {
+        return columnOfBlock + static_cast<std::size_t>(end - lineStart);
+    }
 
     void flush() {
-        write(buffer);
-        buffer.clear();
+        columnOfBlock = column();
+        write({block.data(), static_cast<std::size_t>(end - block.data())});
+        end = lineStart = block.data();
     }
 
 private:
+    static constexpr std::size_t longestNumber = 24;
+
+    // Returns how much there is.
+    std::size_t makeRoom(std::size_t size) {
+        if (size > room()) {
+            flush();
+        }
+        return room();
+    }
+
+    [[nodiscard]] std::size_t room() const {
+        return block.size() - static_cast<std::size_t>(end - block.data());
+    }
+
     const WriteBytes& write;
-    std::string buffer;
-    std::size_t column = 0;
+    std::vector<char> block = std::vector<char>(64U << 10U);
+    char* end = block.data();
+    char* lineStart = block.data();
+    std::size_t columnOfBlock = 0;
 };
 
 // Entries that fill their lines.
@@ -59,15 +95,24 @@ public:
         : output(lines), indent(indentOfKey + 2) {}
 
     void add(std::string_view entry) {
+        constexpr std::string_view separator = ", ";
         if (isEmpty) {
             isEmpty = false;
-        } else if (output.hasRoomFor(entry.size() + 2)) {
-            output.append(", ");
+        } else if (output.column() + separator.size() + entry.size() < lineLength) {
+            output.append(separator);
         } else {
             output.append(",");
             output.startLine(indent);
         }
         output.append(entry);
+    }
+
+    void add(std::int64_t number) {
+        if (isEmpty) {
+            add(std::to_string(number));
+        } else {
+            output.appendNextNumber(number, indent);
+        }
     }
 
 private:
@@ -100,12 +145,9 @@ void writeTexts(LineWriter& output, std::string_view key, const Map& texts) {
 }
 
 void writeDurations(LineWriter& output, const std::vector<Milliseconds>& durations) {
-    std::array<char, 24> digits{};
     WrappedList list(output, 4);
     for (const Milliseconds duration : durations) {
-        const auto result =
-            std::to_chars(digits.data(), digits.data() + digits.size(), duration.count());
-        list.add({digits.data(), static_cast<std::size_t>(result.ptr - digits.data())});
+        list.add(duration.count());
     }
 }
 

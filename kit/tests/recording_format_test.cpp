@@ -173,7 +173,7 @@ TEST(RecordingFormat, RefusesMoreThanTheLimits) {
     limits = {1000, 2, 2, 9, 4};
     EXPECT_EQ(errorOf(example, limits), "runs.json:4:33: more than 9 bytes in a text");
     EXPECT_EQ(errorOf(with("9f1c", "0123456789"), limits),
-              "runs.json:2:20: more than 9 bytes in a text");
+              "runs.json:2:21: more than 9 bytes in a text");
     limits = {example.size(), 2, 2, 18, 3};
     EXPECT_EQ(errorOf(example, limits), "runs.json:7:27: more than 3 samples");
 }
