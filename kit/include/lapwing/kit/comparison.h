@@ -13,13 +13,20 @@
 /// Annals of Mathematical Statistics 34, 1963). Its interval is the exact interval of the
 /// Mann-Whitney test at 99% (H. B. Mann and D. R. Whitney, "On a Test of Whether one of Two Random
 /// Variables is Stochastically Larger than the Other", Annals of Mathematical Statistics 18, 1947).
+/// Its ends are differences that did occur: as many of them lie outside as if no two were equal.
+///
+/// Every median here is the middle value, or the midpoint of the two middle values, so it may be
+/// half a millisecond off the nearest-rank median of a Summary.
 ///
 /// With fewer than five recordings on a side, the verdict is provisional. The samples of each side
-/// are then cut into contiguous blocks, fewer the more they depend on their predecessors, and the
-/// medians of the blocks take the place of the recordings. The effective number of samples is
-/// n (1 - r) / (1 + r), with the lag-1 autocorrelation r (G. V. Bayley and J. M. Hammersley, "The
-/// 'Effective' Number of Independent Observations in an Autocorrelated Time Series", Supplement to
-/// the Journal of the Royal Statistical Society 8, 1946).
+/// are then joined in the order of their recordings (by time, then id) and cut into contiguous
+/// blocks of nearly equal size. The medians of the blocks take the place of the recordings. There
+/// are at most 16 blocks, and no more than the effective number of samples, n (1 - r) / (1 + r): it
+/// is the smaller, the more each sample resembles the one before (G. V. Bayley and J. M.
+/// Hammersley, "The 'Effective' Number of Independent Observations in an Autocorrelated Time
+/// Series", Supplement to the Journal of the Royal Statistical Society 8, 1946). Here r is the
+/// lag-1 autocorrelation of the samples' ranks, plus 1 / n, which makes up for its bias; it is kept
+/// within 0 and 0.99, and is 0 if all samples are equal.
 
 #ifndef LAPWING_KIT_COMPARISON_H
 #define LAPWING_KIT_COMPARISON_H
@@ -39,8 +46,8 @@ enum class Verdict {
     Slower,      ///< The whole interval lies above the margin.
     Faster,      ///< The whole interval lies below minus the margin.
     Same,        ///< The whole interval lies within the margin.
-    Undecided,   ///< None of these: more recordings would tell.
-    TooFew,      ///< There is too little to compare.
+    Undecided,   ///< None of these: more recordings may tell.
+    TooFew,      ///< Fewer than five recordings on a side, and too few samples to stand in.
     OnlyBefore,  ///< Only the recordings before have the name.
     OnlyAfter    ///< Only the recordings after have the name.
 };
@@ -50,7 +57,8 @@ struct Tolerance {
     /// Covers what truncation to whole milliseconds does.
     Milliseconds atLeast{1};
 
-    /// Of the median before; four times as much for a provisional verdict.
+    /// Of the median before, which is that of the recordings' or blocks' medians; four times as
+    /// much for a provisional verdict.
     double percent = 5;
 };
 
@@ -68,6 +76,7 @@ struct Comparison {
     Verdict verdict = Verdict::TooFew;
 
     /// Whether one side has fewer than five recordings, so that samples had to stand in for them.
+    /// False for one-sided names.
     bool provisional = false;
 
     /// The figures of all samples that were compared; absent for a side that does not have the
@@ -85,8 +94,13 @@ struct Comparison {
     /// The change in milliseconds that counts as none. Absent for one-sided names.
     std::optional<double> margin;
 
-    /// The estimated number of recordings on each side that would decide. Absent if the verdict is
-    /// decided and not provisional, and for one-sided names.
+    /// The estimated number of recordings on each side that would decide: five for a provisional
+    /// verdict and TooFew, else ceil(n (half-width / margin)^2). There, n is the smaller number of
+    /// recordings, and the half-width is that of the interval. Since only 64 recordings count, more
+    /// than 64 means that more recordings will not help.
+    ///
+    /// Absent if the verdict is decided and not provisional, for one-sided names, and if the margin
+    /// is zero.
     std::optional<std::size_t> needed;
 };
 

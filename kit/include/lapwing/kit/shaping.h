@@ -5,8 +5,9 @@
 ///     // Replays the worst case of what was recorded, half as fast again.
 ///     emulator.setProfile(lapwing::scaled(lapwing::reducedToPercentile(recorded, 100), 1.5));
 ///
-/// Arguments out of range throw std::invalid_argument. So do names that the profile does not have:
-/// the message lists the names that it has.
+/// Arguments out of range throw std::invalid_argument. So do names that the profile does not have,
+/// neither with samples nor with a note: the message lists the first of those that it has, sorted.
+/// A name whose samples are empty stays as it is.
 ///
 /// Thread safety: any number of threads may call these functions at once.
 
@@ -21,11 +22,12 @@
 namespace lapwing {
 
 /// Multiplies every sample by `factor`, rounded half away from zero; what is beyond 64 bits becomes
-/// the nearest value within. The factor is finite and not negative.
+/// the nearest value within. The factor is finite and not negative. The product is that of doubles,
+/// so samples above 2^53 lose their last digits, unless the factor is 1.
 [[nodiscard]] TimingProfile scaled(TimingProfile profile, double factor);
 
 /// Keeps the samples of each name from its `lowPercent` to its `highPercent` percentile, both
-/// included, in their order.
+/// included, in their order. `lowPercent` is not above `highPercent`.
 [[nodiscard]] TimingProfile trimmed(TimingProfile profile, double lowPercent, double highPercent);
 
 /// Leaves one sample per name, the percentile of its samples: the way to have an emulator replay a
@@ -36,7 +38,7 @@ namespace lapwing {
 [[nodiscard]] TimingProfile reducedToAverage(TimingProfile profile);
 
 /// Gives `from` the name `to`. If `to` exists, its samples come first, those of `from` are
-/// appended, and its note stays.
+/// appended, and its note stays if it has one. If both are the same name, nothing changes.
 [[nodiscard]] TimingProfile renamed(TimingProfile profile, const std::string& from,
                                     const std::string& to);
 

@@ -28,11 +28,13 @@ struct Summary {
     double standardDeviation = 0;  ///< Of the sample (n - 1), in milliseconds; 0 for one sample.
 };
 
-/// Returns the figures of `samples`, or nothing if there are none.
+/// Returns the figures of `samples`, or nothing if there are none. Any number of threads may call
+/// it at once.
 [[nodiscard]] std::optional<Summary> summarize(const std::vector<Milliseconds>& samples);
 
 /// Returns the sample of rank ceil(percent * n / 100), at least 1, in ascending order. Throws
-/// std::invalid_argument if there are no samples or `percent` is not within 0 to 100.
+/// std::invalid_argument if there are no samples or `percent` is not within 0 to 100. Any number of
+/// threads may call it at once.
 [[nodiscard]] Milliseconds percentile(const std::vector<Milliseconds>& samples, double percent);
 
 }  // namespace lapwing
