@@ -41,6 +41,7 @@ using SidesByName = std::map<std::string_view, Sides>;
 
 std::vector<const Recording*> newestFirst(const std::vector<Recording>& recordings) {
     std::vector<const Recording*> sorted;
+    sorted.reserve(recordings.size());
     for (const Recording& recording : recordings) {
         sorted.push_back(&recording);
     }

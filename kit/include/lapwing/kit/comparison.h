@@ -13,7 +13,7 @@
 /// Annals of Mathematical Statistics 34, 1963). Its interval is the exact interval of the
 /// Mann-Whitney test at 99% (H. B. Mann and D. R. Whitney, "On a Test of Whether one of Two Random
 /// Variables is Stochastically Larger than the Other", Annals of Mathematical Statistics 18, 1947).
-/// Its ends are differences that did occur: as many of them lie outside as if no two were equal.
+/// Its ends are two of these differences. Equal values are treated as if they differed.
 ///
 /// Every median here is the middle value, or the midpoint of the two middle values, so it may be
 /// half a millisecond off the nearest-rank median of a Summary.
