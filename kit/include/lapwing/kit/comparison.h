@@ -64,25 +64,27 @@ struct Tolerance {
 
 /// A range of shifts in milliseconds, both ends included.
 struct Interval {
-    double low = 0;
-    double high = 0;
+    double low = 0;   ///< The smallest shift.
+    double high = 0;  ///< The largest shift.
 };
 
 /// The comparison of one operation.
 ///
 /// Thread safety: any number of threads may read one comparison at once.
 struct Comparison {
-    std::string name;
-    Verdict verdict = Verdict::TooFew;
+    std::string name;                   ///< Of the operation.
+    Verdict verdict = Verdict::TooFew;  ///< What became of it.
 
     /// Whether one side has fewer than five recordings, so that samples had to stand in for them.
     /// False for one-sided names.
     bool provisional = false;
 
+    /// @{
     /// The figures of all samples that were compared; absent for a side that does not have the
     /// name.
     std::optional<Summary> before;
     std::optional<Summary> after;
+    /// @}
 
     /// After minus before, in milliseconds; positive is slower. Absent for TooFew and one-sided
     /// names.

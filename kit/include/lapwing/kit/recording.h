@@ -31,6 +31,7 @@ struct Recording {
     /// What the host likes to say about it, such as machine=bench-3.
     std::map<std::string, std::string> labels;
 
+    /// What was recorded.
     TimingProfile profile;
 };
 

@@ -32,10 +32,14 @@ namespace lapwing {
 /// from 1, the column in bytes; they are those of the offending token or just behind it.
 class RecordingFileError : public std::runtime_error {
 public:
+    /// Composes what() of these.
     RecordingFileError(const std::string& file, std::size_t line, std::size_t column,
                        const std::string& reason);
 
+    /// Where the file is wrong.
     [[nodiscard]] std::size_t line() const noexcept { return lineNumber; }
+
+    /// Where the line is wrong.
     [[nodiscard]] std::size_t column() const noexcept { return columnNumber; }
 
 private:
@@ -46,11 +50,11 @@ private:
 /// What loading accepts at most. In a folder, `bytes` is the limit of each file, the others are
 /// limits of the whole folder, except those that concern one recording or one text.
 struct RecordingLimits {
-    std::uint64_t bytes = 256ULL << 20U;
-    std::size_t recordings = 10'000;
-    std::size_t namesPerRecording = 100'000;
-    std::size_t bytesPerText = 64U << 10U;  ///< Of a name, a note, a label's key or its text.
-    std::size_t samples = 50'000'000;
+    std::uint64_t bytes = 256ULL << 20U;      ///< Of a file.
+    std::size_t recordings = 10'000;          ///< Of all files together.
+    std::size_t namesPerRecording = 100'000;  ///< Of samples, of notes and of labels.
+    std::size_t bytesPerText = 64U << 10U;    ///< Of a name, a note, a label's key or its text.
+    std::size_t samples = 50'000'000;         ///< Of all recordings together.
 };
 
 /// Returns the recordings of `file` in the order in which they stand there, or those of all files

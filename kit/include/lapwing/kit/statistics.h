@@ -17,13 +17,13 @@ namespace lapwing {
 ///
 /// Thread safety: any number of threads may read one summary at once.
 struct Summary {
-    std::size_t count = 0;
-    Milliseconds average{};  ///< Truncated: exactly what TimingProfileEmulator pads to.
-    Milliseconds minimum{};
-    Milliseconds median{};
-    Milliseconds p90{};
-    Milliseconds p99{};
-    Milliseconds maximum{};
+    std::size_t count = 0;         ///< How many samples there are.
+    Milliseconds average{};        ///< Truncated: exactly what TimingProfileEmulator pads to.
+    Milliseconds minimum{};        ///< The shortest sample.
+    Milliseconds median{};         ///< The 50th percentile.
+    Milliseconds p90{};            ///< The 90th percentile.
+    Milliseconds p99{};            ///< The 99th percentile.
+    Milliseconds maximum{};        ///< The longest sample.
     double mean = 0;               ///< In milliseconds.
     double standardDeviation = 0;  ///< Of the sample (n - 1), in milliseconds; 0 for one sample.
 };
