@@ -2,6 +2,7 @@ option(LAPWING_BUILD_TESTS "Build the tests, which need GoogleTest" OFF)
 option(LAPWING_BUILD_EXAMPLES "Build the example hosts" OFF)
 option(LAPWING_BUILD_BENCHMARKS "Build the benchmarks, which need Google Benchmark" OFF)
 option(LAPWING_BUILD_KIT "Build the kit, which needs nlohmann-json" OFF)
+option(LAPWING_BUILD_FUZZERS "Build the kit's fuzz target, which needs clang" OFF)
 option(LAPWING_INSTALL_RUNTIME "Install MinGW's runtime DLLs, with their licences, too" OFF)
 option(LAPWING_WARNINGS_AS_ERRORS "Stop at warnings" OFF)
 
