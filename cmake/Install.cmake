@@ -30,3 +30,12 @@ cmake_path(APPEND pc_includedir "\${prefix}" ${CMAKE_INSTALL_INCLUDEDIR})
 cmake_path(APPEND pc_libdir "\${prefix}" ${CMAKE_INSTALL_LIBDIR})
 configure_file(cmake/lapwing.pc.in lapwing.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/lapwing.pc DESTINATION ${pc_dir})
+
+if(LAPWING_BUILD_KIT)
+    install(TARGETS lapwing_kit EXPORT lapwing-kit-targets)
+    install(DIRECTORY kit/include/lapwing DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+        FILES_MATCHING PATTERN *.h)
+    install(EXPORT lapwing-kit-targets NAMESPACE lapwing:: DESTINATION ${package_dir})
+    configure_file(cmake/lapwing-kit.pc.in lapwing-kit.pc @ONLY)
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/lapwing-kit.pc DESTINATION ${pc_dir})
+endif()

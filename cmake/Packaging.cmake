@@ -15,16 +15,28 @@ file(GLOB pages CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} *.md docs
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${pages})
 foreach(page IN LISTS pages)
     file(READ ${page} text)
-    string(REGEX REPLACE "\\]\\((\\.\\./|)include/" "](\\1${headers}/" text "${text}")
+    string(REGEX REPLACE "\\]\\((\\.\\./|)(kit/|)include/" "](\\1${headers}/" text "${text}")
     file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/pages/${page} "${text}")
 endforeach()
 install(DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/pages/ DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
     FILES_MATCHING PATTERN *.cpp PATTERN *.h PATTERN *.svg)
 
+# The kit contains code of nlohmann-json, whose licence asks for its notice.
+set(notices ${CMAKE_INSTALL_DOCDIR}/licences)
+if(LAPWING_BUILD_KIT)
+    set(LAPWING_JSON_LICENCE /usr/share/doc/nlohmann-json3-dev/copyright CACHE FILEPATH
+        "Licence of nlohmann-json, which is installed with the kit")
+    if(EXISTS ${LAPWING_JSON_LICENCE})
+        install(FILES ${LAPWING_JSON_LICENCE} DESTINATION ${notices} RENAME nlohmann-json.txt)
+    else()
+        message(WARNING "What is installed will lack the licence of nlohmann-json: set "
+            "LAPWING_JSON_LICENCE to the file that holds it.")
+    endif()
+endif()
+
 # The notices are those of the Debian packages that the DLLs come from.
 if(LAPWING_INSTALL_RUNTIME)
-    set(notices ${CMAKE_INSTALL_DOCDIR}/licences)
     foreach(dll IN ITEMS libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
         execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${dll}
             OUTPUT_VARIABLE path OUTPUT_STRIP_TRAILING_WHITESPACE)
