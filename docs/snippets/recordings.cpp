@@ -44,8 +44,8 @@ int main() {
     // Each bench appends to its file, run by run.
     for (int run = 0; run < 6; ++run) {
         const auto& file = run % 2 == 0 ? first : second;
-        lapwing::appendRecording(file, record("41", 120 + run, 50 - run % 3));
-        lapwing::appendRecording(file, record("42", 150 + run, 50 + run % 2));
+        lapwing::appendRecording(file, record("41", 120 + run, 79));
+        lapwing::appendRecording(file, record("42", 150 + run, 79 + run % 3));
     }
 
     // A folder is loaded like a file. What is in several of its files counts once.
