@@ -219,6 +219,7 @@ private:
     void run(Step step);
 
     void chooseMember(Members& members, const std::string& name);
+    static std::string namesOf(const Members& members);
     void requireAll(const Members& members) const;
     void chooseFileMember(const std::string& name) { chooseMember(ofFile, name); }
     void chooseRecordingMember(const std::string& name) { chooseMember(ofRecording, name); }
@@ -393,7 +394,7 @@ void Handler::chooseMember(Members& members, const std::string& name) {
     const Value* const member =
         std::find_if(members.first, end, [&](const Value& value) { return name == value.name; });
     if (member == end) {
-        refuse("unknown member " + inQuotes(name));
+        refuse("unknown member " + inQuotes(name) + "; known are " + namesOf(members));
     }
     const auto index = static_cast<std::size_t>(member - members.first);
     if (members.seen[index]) {
@@ -401,6 +402,14 @@ void Handler::chooseMember(Members& members, const std::string& name) {
     }
     members.seen[index] = true;
     next = member;
+}
+
+std::string Handler::namesOf(const Members& members) {
+    std::string names = members.first->name;
+    for (std::size_t i = 1; i < members.count; ++i) {
+        names += std::string(", ") + members.first[i].name;
+    }
+    return names;
 }
 
 void Handler::requireAll(const Members& members) const {

@@ -181,7 +181,7 @@ void writeRecording(LineWriter& output, const Recording& recording) {
     output.startLine(2);
     output.append("{\"id\": ");
     output.append(jsonText(recording.id));
-    output.append(", \"recorded\": \"");
+    output.append(R"(, "recorded": ")");
     output.append(timeText(recording).value());
     output.append("\",");
     writeTexts(output, "\"labels\": ", recording.labels);
@@ -190,7 +190,7 @@ void writeRecording(LineWriter& output, const Recording& recording) {
     output.append("}");
 }
 
-[[noreturn]] void refuse(const Recording& recording, const std::string& reason) {
+[[noreturn]] void refuseToWrite(const Recording& recording, const std::string& reason) {
     throw std::invalid_argument("recording " + inQuotes(recording.id) + ": " + reason);
 }
 
@@ -198,13 +198,13 @@ void checkAll(const std::vector<Recording>& recordings) {
     std::set<std::string_view> ids;
     for (const Recording& recording : recordings) {
         if (const std::string problem = problemOfId(recording.id); !problem.empty()) {
-            refuse(recording, problem);
+            refuseToWrite(recording, problem);
         }
         if (!ids.insert(recording.id).second) {
-            refuse(recording, "the id is there twice");
+            refuseToWrite(recording, "the id is there twice");
         }
         if (!timeText(recording)) {
-            refuse(recording, "the year must be 0 to 9999");
+            refuseToWrite(recording, "the year must be 0 to 9999");
         }
     }
 }

@@ -8,7 +8,7 @@ namespace lapwing {
 
 namespace {
 
-constexpr std::int64_t secondsPerDay = 24 * 60 * 60;
+constexpr std::int64_t secondsPerDay = 86400;
 constexpr std::int64_t daysPerEra = 146097;   // 400 years
 constexpr std::int64_t daysToEpoch = 719468;  // since March 1st of the year 0
 

@@ -9,6 +9,19 @@
 using lapwing::fromFileText;
 using lapwing::toFileText;
 
+namespace {
+
+bool isRefused(const std::string& text) {
+    try {
+        static_cast<void>(fromFileText(text));
+    } catch (const std::invalid_argument&) {
+        return true;
+    }
+    return false;
+}
+
+}  // namespace
+
 TEST(FileText, GivesAnyBytesOneForm) {
     const std::vector<std::pair<std::string, std::string>> forms = {
         {"", ""},
@@ -34,13 +47,13 @@ TEST(FileText, GivesAnyBytesOneForm) {
         {"\xF5\x80\x80\x80", "hex:f5808080"}};
     for (const auto& [bytes, text] : forms) {
         EXPECT_EQ(toFileText(bytes), text);
-        EXPECT_EQ(fromFileText(text), bytes) << text;
+        EXPECT_EQ(fromFileText(text), bytes);
     }
 }
 
 TEST(FileText, RefusesOtherForms) {
     for (const std::string text : {"hex:", "hex:61", "hex:c3a4", "hex:f", "hex:fff", "hex:FF",
                                    "hex:f ", "hex:0xff", "\xFF", "\xC0\x80"}) {
-        EXPECT_THROW(static_cast<void>(fromFileText(text)), std::invalid_argument) << text;
+        EXPECT_TRUE(isRefused(text)) << text;
     }
 }
