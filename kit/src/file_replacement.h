@@ -12,7 +12,7 @@ namespace lapwing {
 // The new contents stand in a temporary file beside the target, under one fixed name, until they
 // are renamed over it. An open temporary file is also the lock: one replacement of a file exists at
 // a time, in all threads and processes. The system frees the lock of a process that dies, and the
-// next replacement overwrites what such a process left.
+// next replacement removes what such a process left.
 //
 // Errors of the system are thrown as std::system_error and begin with the file's name. One object
 // is used by one thread.

@@ -12,13 +12,14 @@
 #include <stdexcept>
 #include <string>
 #include <system_error>
+#include <utility>
 
 namespace lapwing {
 
 namespace fs = std::filesystem;
 
 struct FileReplacement::State {
-    State(const fs::path& named, const fs::path& target);
+    State(fs::path named, const fs::path& target);
     State(const State&) = delete;
     State& operator=(const State&) = delete;
     ~State();
@@ -35,6 +36,7 @@ struct FileReplacement::State {
     fs::path temporaryEntry;
     SystemFile folder;
     SystemFile temporary;
+    mode_t creationMode = 0666;
     bool exists = false;
     bool committed = false;
 };
@@ -75,14 +77,18 @@ struct stat statusOfOpen(const SystemFile& file, const fs::path& name) {
     return status;
 }
 
-bool isWritable(const SystemFile& file) {
-    return (::fcntl(file.handle(), F_GETFL) & O_ACCMODE) == O_RDWR;
+// What is not empty was left by a process that died. It may be a link that somebody made to another
+// file, or be open elsewhere.
+bool isFresh(const SystemFile& file, const fs::path& name) {
+    const struct stat status = statusOfOpen(file, name);
+    const bool isWritable = (::fcntl(file.handle(), F_GETFL) & O_ACCMODE) == O_RDWR;
+    return isWritable && S_ISREG(status.st_mode) && status.st_size == 0;
 }
 
 }  // namespace
 
-FileReplacement::State::State(const fs::path& named, const fs::path& target)
-    : name(named),
+FileReplacement::State::State(fs::path named, const fs::path& target)
+    : name(std::move(named)),
       targetEntry(target.filename()),
       temporaryEntry("." + targetEntry.string() + ".lapwing-new"),
       folder(::open(folderOf(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
@@ -126,7 +132,8 @@ std::optional<struct stat> FileReplacement::State::statusOfTarget() const {
 SystemFile FileReplacement::State::openTemporary() const {
     constexpr int flags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
     const auto open = [this](int access) {
-        return SystemFile(::openat(folder.handle(), temporaryEntry.c_str(), access | flags, 0666));
+        return SystemFile(
+            ::openat(folder.handle(), temporaryEntry.c_str(), access | flags, creationMode));
     };
     SystemFile opened = open(O_RDWR | O_CREAT);
     if (!opened.isOpen() && errno == EACCES) {
@@ -147,8 +154,6 @@ bool FileReplacement::State::isTemporary(const SystemFile& opened) const {
     return found && found->st_dev == status.st_dev && found->st_ino == status.st_ino;
 }
 
-// What is not empty was left by a process that died. It is not written to: it may be more readable
-// than the target, or a link to another file.
 void FileReplacement::State::lock() {
     for (;;) {
         SystemFile opened = openTemporary();
@@ -156,7 +161,7 @@ void FileReplacement::State::lock() {
         if (!isTemporary(opened)) {
             continue;
         }
-        if (isWritable(opened) && statusOfOpen(opened, name).st_size == 0) {
+        if (isFresh(opened, name)) {
             temporary = std::move(opened);
             return;
         }
@@ -182,7 +187,10 @@ void FileReplacement::State::takeOver(const struct stat& old) const {
 
 FileReplacement::FileReplacement(const fs::path& file)
     : state(std::make_unique<State>(file, resolveLinks(file))) {
-    static_cast<void>(state->statusOfTarget());
+    if (const std::optional<struct stat> old = state->statusOfTarget()) {
+        state->creationMode =
+            (old->st_mode & 0666U) | 0600U;  // never more readable than the target
+    }
     state->lock();
     if (const std::optional<struct stat> old = state->statusOfTarget()) {
         state->exists = true;

@@ -25,7 +25,7 @@ struct FileReplacement::State {
     bool exists = false;
     bool committed = false;
 
-    State(const fs::path& named, fs::path target);
+    State(fs::path named, fs::path target);
     State(const State&) = delete;
     State& operator=(const State&) = delete;
     ~State();
@@ -150,8 +150,8 @@ void flush(const SystemFile& file, const fs::path& name) {
 
 }  // namespace
 
-FileReplacement::State::State(const fs::path& named, fs::path target)
-    : name(named),
+FileReplacement::State::State(fs::path named, fs::path target)
+    : name(std::move(named)),
       targetPath(std::move(target)),
       temporaryPath(targetPath.parent_path() /
                     (L"." + targetPath.filename().native() + L".lapwing-new")) {}

@@ -133,6 +133,7 @@ Function* next(const char* name) {
 
 }  // namespace
 
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
 extern "C" int fsync(int file) {
     struct stat status {};
     fstat(file, &status);
@@ -141,6 +142,7 @@ extern "C" int fsync(int file) {
                : -1;
 }
 
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
 extern "C" int renameat(int from, const char* name, int to, const char* newName) noexcept {
     return isCalled("rename")
                ? next<int(int, const char*, int, const char*)>("renameat")(from, name, to, newName)
@@ -200,7 +202,7 @@ std::string errorOnFullDisk(const fs::path& file) {
 
 std::string errorInReadOnlyFolder(const fs::path& file) {
     fs::permissions(file.parent_path(), fs::perms(0555));
-    const auto error = [&file] {
+    auto error = [&file] {
         const WithoutPrivileges scope;
         return errorOfReplacing(file);
     }();
@@ -210,7 +212,7 @@ std::string errorInReadOnlyFolder(const fs::path& file) {
 
 std::string errorWith(const char* call, const fs::path& file) {
     failing = call;
-    const std::string error = errorOfReplacing(file);
+    std::string error = errorOfReplacing(file);
     failing.clear();
     return error;
 }
@@ -284,6 +286,9 @@ TEST(FileReplacement, DoesNotWriteToWhatItFindsInPlaceOfItsTemporaryFile) {
     replace(file, "new");
     EXPECT_EQ(contentsOf(file), "new");
     EXPECT_EQ(contentsOf(folder / "precious"), "precious");
+    mkfifo(temporaryOf(file).c_str(), 0666);
+    replace(file, "newer");
+    EXPECT_EQ(contentsOf(file), "newer");
     fs::create_symlink("precious", temporaryOf(file));
     EXPECT_EQ(errorOfReplacing(file), file.string() + ": " + std::strerror(ELOOP));
     EXPECT_EQ(contentsOf(folder / "precious"), "precious");

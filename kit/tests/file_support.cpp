@@ -65,7 +65,7 @@ OtherProcess::OtherProcess(OtherProcess&& other) noexcept
 
 #ifdef _WIN32
 
-OtherProcess::OtherProcess(const Lines& arguments) : process(-1) {
+OtherProcess::OtherProcess(const Lines& arguments) {
     Lines quoted = {LAPWING_KIT_TESTS_OTHER_PROCESS};
     for (const std::string& argument : arguments) {
         quoted.push_back('"' + argument + '"');
@@ -95,7 +95,7 @@ int OtherProcess::exitCode() {
 
 #else
 
-OtherProcess::OtherProcess(const Lines& arguments) : process(-1) {
+OtherProcess::OtherProcess(const Lines& arguments) {
     Lines words = {LAPWING_KIT_TESTS_OTHER_PROCESS};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;

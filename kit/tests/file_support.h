@@ -52,7 +52,7 @@ public:
     int exitCode();
 
 private:
-    std::intptr_t process;
+    std::intptr_t process = -1;
 };
 
 #endif  // LAPWING_KIT_TESTS_FILE_SUPPORT_H
