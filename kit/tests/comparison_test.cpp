@@ -112,7 +112,7 @@ TEST(Comparison, DecidesByTheWholeInterval) {
 }
 
 TEST(Comparison, TakesTheExactIntervalOfTheNewest64Recordings) {
-    using Sizes = std::array<std::int64_t, 3>;
+    using Sizes = std::array<int, 3>;
     for (const auto& [before, after, rank] :
          {Sizes{5, 6, 2}, Sizes{10, 10, 17}, Sizes{20, 20, 106}, Sizes{64, 70, 1510}}) {
         Counts old(static_cast<std::size_t>(before));
@@ -120,10 +120,10 @@ TEST(Comparison, TakesTheExactIntervalOfTheNewest64Recordings) {
         std::iota(old.begin(), old.end(), 0);
         std::generate(fresh.rbegin(), fresh.rend(), [next = -64]() mutable { return next += 64; });
         const auto row = lapwing::compare(recordingsOf(old), recordingsOf(fresh)).at(0);
-        const auto whole = (rank - 1) / before;
-        const auto rest = (rank - 1) % before;
+        const int whole = (rank - 1) / before;
+        const int rest = (rank - 1) % before;
         EXPECT_EQ(row.interval->low, whole * 64 + rest - before + 1) << rank;
-        EXPECT_EQ(row.interval->high, (std::min<std::int64_t>(after, 64) - 1 - whole) * 64 - rest);
+        EXPECT_EQ(row.interval->high, (std::min(after, 64) - 1 - whole) * 64 - rest);
     }
 }
 

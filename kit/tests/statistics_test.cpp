@@ -27,7 +27,8 @@ TEST(Percentile, IsTheSampleOfTheNearestRank) {
          {Case{1, 0, 1}, Case{4, 50, 2}, Case{5, 50, 3}, Case{11, 90, 10}, Case{100, 29, 29},
           Case{100, 55, 55}, Case{100, 55.5, 56}, Case{9, 100, 9}, Case{1000, 99.9, 999}}) {
         const auto samples = ranksTo(static_cast<std::size_t>(count));
-        EXPECT_EQ(lapwing::percentile(samples, percent).count(), rank) << percent << "%, " << count;
+        const auto sample = static_cast<double>(lapwing::percentile(samples, percent).count());
+        EXPECT_EQ(sample, rank) << percent << "% of " << count;
     }
     for (const double percent : {-0.001, 100.001, std::nan("")}) {
         EXPECT_THROW((void)lapwing::percentile({1ms}, percent), std::invalid_argument) << percent;
