@@ -9,7 +9,8 @@
 ///
 /// Paths are UTF-8 in messages. The functions throw std::system_error, with the file's name and the
 /// system's reason, if the system refuses: a missing file, a folder that cannot be written, a full
-/// disk. They throw std::bad_alloc if memory runs out. In either case existing files are unchanged.
+/// disk. They throw std::bad_alloc if memory runs out. In either case existing files are unchanged,
+/// unless the disk fails after a file has been replaced, when it flushes the folder.
 ///
 /// Any number of threads and processes may call these functions at once, also on the same file.
 
@@ -65,7 +66,11 @@ struct RecordingLimits {
 
 /// Replaces `file` by one that holds `recordings`, atomically and durably: after an interruption at
 /// any point, either the old or the new file is there, complete. It keeps the file's mode, and a
-/// symbolic link stays one. Names without samples are left out.
+/// symbolic link stays one. On Windows the file gets the permissions that its folder gives, and a
+/// link that leads nowhere is an error. Names without samples are left out.
+///
+/// The new contents stand beside the file until they are complete, under the file's name between
+/// "." and ".lapwing-new". If a process is killed and leaves that, the next save removes it.
 ///
 /// Throws std::invalid_argument if two recordings have the same id, if an id or a time cannot be
 /// stored (years 0 to 9999 can), or if `file` is neither absent nor a regular file.
