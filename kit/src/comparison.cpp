@@ -100,14 +100,21 @@ Numbers mediansOfRecordings(const Side& side) {
     return medians;
 }
 
+// Equal values get the middle of their ranks.
 Numbers ranksAroundTheirMean(const Numbers& values) {
-    Numbers sorted = values;
-    std::sort(sorted.begin(), sorted.end());
-    Numbers ranks;
-    ranks.reserve(values.size());
-    for (const double value : values) {
-        const auto [first, last] = std::equal_range(sorted.begin(), sorted.end(), value);
-        ranks.push_back(static_cast<double>((first - sorted.begin()) - (sorted.end() - last)) / 2);
+    std::vector<std::size_t> order(values.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::sort(order.begin(), order.end(),
+              [&](std::size_t left, std::size_t right) { return values[left] < values[right]; });
+    Numbers ranks(values.size());
+    auto end = order.begin();
+    for (auto begin = end; begin != order.end(); begin = end) {
+        const double value = values[*begin];
+        end = std::find_if(begin, order.end(),
+                           [&](std::size_t place) { return values[place] != value; });
+        const auto twice = (begin - order.begin()) - (order.end() - end);
+        std::for_each(begin, end,
+                      [&](std::size_t place) { ranks[place] = static_cast<double>(twice) / 2; });
     }
     return ranks;
 }

@@ -17,13 +17,23 @@ std::size_t rankOf(double percent, std::size_t count) {
     return std::max<std::size_t>(1, static_cast<std::size_t>(std::ceil(product / 100)));
 }
 
-// Reorders the samples.
-Milliseconds selectPercentile(Durations& samples, double percent) {
-    const std::size_t rank = rankOf(percent, samples.size());
-    const auto selected = samples.begin() + static_cast<std::ptrdiff_t>(rank - 1);
-    std::nth_element(samples.begin(), selected, samples.end());
-    return *selected;
-}
+// Gives percentiles of samples that are not sorted, the lowest first.
+class Percentiles {
+public:
+    explicit Percentiles(const Durations& all) : samples(all) {}
+
+    Milliseconds next(double percent) {
+        const auto rank = static_cast<std::ptrdiff_t>(rankOf(percent, samples.size()));
+        const auto selected = samples.begin() + rank - 1;
+        std::nth_element(samples.begin() + selectedBefore, selected, samples.end());
+        selectedBefore = rank - 1;
+        return *selected;
+    }
+
+private:
+    Durations samples;
+    std::ptrdiff_t selectedBefore = 0;
+};
 
 Milliseconds averageOf(const Durations& samples) {
     std::uint64_t sum = 0;
@@ -81,8 +91,7 @@ Milliseconds percentile(const std::vector<Milliseconds>& samples, double percent
     if (samples.empty()) {
         throw std::invalid_argument("a percentile needs samples");
     }
-    Durations copy = samples;
-    return selectPercentile(copy, percent);
+    return Percentiles(samples).next(percent);
 }
 
 std::optional<Summary> summarize(const std::vector<Milliseconds>& samples) {
@@ -95,12 +104,12 @@ std::optional<Summary> summarize(const std::vector<Milliseconds>& samples) {
     const Mean mean = meanOf(samples);
     summary.mean = static_cast<double>(mean.whole) + mean.fraction;
     summary.standardDeviation = deviationOf(samples, mean);
-    Durations copy = samples;
-    summary.minimum = selectPercentile(copy, 0);
-    summary.median = selectPercentile(copy, 50);
-    summary.p90 = selectPercentile(copy, 90);
-    summary.p99 = selectPercentile(copy, 99);
-    summary.maximum = selectPercentile(copy, 100);
+    Percentiles percentiles(samples);
+    summary.minimum = percentiles.next(0);
+    summary.median = percentiles.next(50);
+    summary.p90 = percentiles.next(90);
+    summary.p99 = percentiles.next(99);
+    summary.maximum = percentiles.next(100);
     return summary;
 }
 
