@@ -1,12 +1,6 @@
 // A module whose static object calls back as it is destroyed: after the library's, if this module
 // was loaded before the library.
 
-#ifdef _WIN32
-#define MODULE_EXPORT extern "C" __declspec(dllexport)
-#else
-#define MODULE_EXPORT extern "C" __attribute__((visibility("default")))
-#endif
-
 namespace {
 
 struct LateCaller {
@@ -16,6 +10,6 @@ struct LateCaller {
 
 }  // namespace
 
-MODULE_EXPORT void callLate(void (*function)()) {
+extern "C" void callLate(void (*function)()) {
     lateCaller.call = function;
 }

@@ -7,65 +7,51 @@
 #include <functional>
 #include <memory>
 
-#ifdef _WIN32
-#define HOST_EXPORT extern "C" __declspec(dllexport)
-#else
-#define HOST_EXPORT extern "C" __attribute__((visibility("default")))
-#endif
-
 namespace {
 
-using Tell = void (*)(const char*);
+void (*tell)(const char*) = nullptr;
 
 struct Host {
     ~Host() { tell("host is gone"); }
-    Tell tell = [](const char*) {};
 } host;
 
-struct HandlerState {
-    explicit HandlerState(Tell teller) : tell(teller) {}
-    HandlerState(const HandlerState&) = delete;
-    HandlerState& operator=(const HandlerState&) = delete;
-    ~HandlerState() {
-        tell("handler is gone");
-        Instrumentation("Late", true, {});
-        Instrumentation::setGlobalLogMessageHandler(
-            [teller = tell](const std::string& line) { teller(line.c_str()); });
-        Instrumentation("Later", true, {});
-    }
-    Tell tell;
-};
+void tellLine(const std::string& line) {
+    tell(line.c_str());
+}
 
-class TellingProvider final : public DeveloperSettings::Provider {
-public:
-    explicit TellingProvider(Tell teller) : tell(teller) { setInstance(this); }
+struct TellingProvider final : DeveloperSettings::Provider {
+    TellingProvider() { setInstance(this); }
     using Provider::getValue;
     bool getValue(const char* key, bool /*fallback*/) const override {
         tell(key);
         return true;
     }
-
-private:
-    Tell tell;
 };
 
 }  // namespace
 
-HOST_EXPORT void start(Tell tell) {
-    host.tell = tell;
+extern "C" {
+
+void start(void (*teller)(const char*)) {
+    tell = teller;
     // Not by make_shared: its unique symbol would keep the module from being unloaded.
-    const std::shared_ptr<HandlerState> state(new HandlerState(tell));
+    const std::shared_ptr<void> state(nullptr, [](void*) {
+        tell("handler is gone");
+        Instrumentation("Late", true, {});
+        Instrumentation::setGlobalLogMessageHandler(tellLine);
+        Instrumentation("Later", true, {});
+    });
     Instrumentation::setGlobalLogMessageHandler(
-        [state](const std::string& line) { state->tell(line.c_str()); });
+        [state](const std::string& line) { tellLine(line); });
 }
 
-HOST_EXPORT void send(const char* name) {
+void send(const char* name) {
     Instrumentation(name).note("still here");
 }
 
-HOST_EXPORT void timeRuns(Tell tell) {
-    new TellingProvider(tell);  // never destroyed
-    const auto handler = [tell](const std::string& name, Milliseconds) { tell(name.c_str()); };
+void timeRuns() {
+    new TellingProvider;  // never destroyed
+    const auto handler = [](const std::string& name, Milliseconds) { tellLine(name); };
     const auto work = [](Instrumentation& run) { run.note("late"); };
     collectTimingProfileSample(handler, "1", true, work);
     collectTimingProfileSample(handler, "2", work);
@@ -74,10 +60,11 @@ HOST_EXPORT void timeRuns(Tell tell) {
     emulateTimingProfile(handler, "5", work);
 }
 
-HOST_EXPORT long long pad(int milliseconds) {
+long long pad(int milliseconds) {
     TimingProfileEmulator emulator;
     emulator.setProfile({{}, {{"Pad", {Milliseconds(milliseconds)}}}});
     const auto start = std::chrono::steady_clock::now();
     emulator.emulateProfile("Pad", Milliseconds::zero());
     return (std::chrono::steady_clock::now() - start) / Milliseconds(1);
 }
+}  // extern "C"

@@ -16,40 +16,32 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-using Tell = void (*)(const char*);
-
 #ifdef _WIN32
 using Module = HMODULE;
-Module load(const char* path) {
-    return LoadLibraryA(path);
-}
+const auto load = LoadLibraryA;
+const auto findAddress = GetProcAddress;
 bool unload(Module module) {
     return FreeLibrary(module) != 0;
 }
-void* find(Module module, const char* name) {
-    return reinterpret_cast<void*>(GetProcAddress(module, name));
-}
 #else
 using Module = void*;
+const auto findAddress = dlsym;
 Module load(const char* path) {
     return dlopen(path, RTLD_NOW | RTLD_LOCAL);
 }
 bool unload(Module module) {
     return dlclose(module) == 0;
 }
-void* find(Module module, const char* name) {
-    return dlsym(module, name);
-}
 #endif
 
 template <class Function>
 Function* find(Module module, const char* name) {
-    return reinterpret_cast<Function*>(find(module, name));
+    return reinterpret_cast<Function*>(reinterpret_cast<void*>(findAddress(module, name)));
 }
 
+using Start = void(void (*tell)(const char*));
+using Lines = std::vector<std::string>;
 Lines told;
-void (*timeRuns)(Tell) = nullptr;
 
 TEST(StaticObjects, EmptyTheGlobalHandlerForGoodWhenTheLibraryIsUnloaded) {
     for (int round = 0; round < 2; ++round) {
@@ -58,7 +50,7 @@ TEST(StaticObjects, EmptyTheGlobalHandlerForGoodWhenTheLibraryIsUnloaded) {
         ASSERT_NE(host, nullptr);
         const auto send = find<void(const char*)>(host, "send");
         send("Unheard");
-        find<void(Tell)>(host, "start")([](const char* text) { told.emplace_back(text); });
+        find<Start>(host, "start")([](const char* text) { told.emplace_back(text); });
         send("Heard");
         EXPECT_GE(find<long long(int)>(host, "pad")(20), 20);
         ASSERT_TRUE(unload(host));
@@ -72,11 +64,8 @@ TEST(StaticObjectsDeathTest, LetAHostExitWithItsHandlerInstalledAndTimeRunsAfter
     const auto leave = [] {
         Module lateCaller = load(LAPWING_TESTS_LATE_CALLER);
         Module host = load(LAPWING_TESTS_HOST);
-        const auto tell = [](const char* text) { std::fprintf(stderr, "%s; ", text); };
-        find<void(Tell)>(host, "start")(tell);
-        timeRuns = find<void(Tell)>(host, "timeRuns");
-        find<void(void (*)())>(lateCaller, "callLate")(
-            [] { timeRuns([](const char* text) { std::fprintf(stderr, "%s; ", text); }); });
+        find<Start>(host, "start")([](const char* text) { std::fprintf(stderr, "%s; ", text); });
+        find<void(void (*)())>(lateCaller, "callLate")(find<void()>(host, "timeRuns"));
         std::exit(0);
     };
     EXPECT_EXIT(leave(), testing::ExitedWithCode(0),
