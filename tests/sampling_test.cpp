@@ -11,14 +11,20 @@ using namespace std::chrono_literals;
 
 namespace {
 
+const std::string setting = "enableTimingProfileLogging";
+
+const std::string begin = "Load: Begin";
+const std::string note = "  Load: note: executing timing profile sample fn took - 15ms";
+const std::string collecting = "  Load: about to augment timing profile sample - ";
+const std::string emulating = "  Load: about to emulate timing profile average sample time - ";
+const std::string finalLap0 = "  Load: Final Lap - 0 ms";
+const std::string finalLap85 = "  Load: Final Lap - 85 ms";
+const std::string end = "Load: End - ";
+
 // The five entry points by one signature.
 enum class Entry { collect, collectFlagged, both, bothFlagged, emulate };
 constexpr Entry allEntries[] = {Entry::collect, Entry::collectFlagged, Entry::both,
                                 Entry::bothFlagged, Entry::emulate};
-
-bool hasFlag(Entry entry) {
-    return entry == Entry::collectFlagged || entry == Entry::bothFlagged;
-}
 
 void call(Entry entry, const TimingSampleHandler& collect, const TimingSampleHandler& emulate,
           bool logging, const InstrumentedFunction& work) {
@@ -41,7 +47,7 @@ void call(Entry entry, const TimingSampleHandler& collect, const TimingSampleHan
 struct Sampling : testing::Test {
     Sampling() {
         log.onLine = [this](const std::string& line) { reach(line); };
-        provider.store["enableTimingProfileLogging"] = true;
+        provider.store[setting] = true;
     }
     void reach(const std::string& event) {
         events.push_back(event);
@@ -52,14 +58,14 @@ struct Sampling : testing::Test {
     TimingSampleHandler handler(const std::string& event) {
         return [this, event](const std::string& name, Milliseconds duration) {
             reach(event + " " + name + " " + std::to_string(duration.count()));
-            clock.advance(85ms);
+            advanceClock(85ms);
         };
     }
-    const Lines& run(Entry entry, bool logging = true) {
+    const Lines& run(Entry entry) {
         events.clear();
-        call(entry, handler("collect"), handler("emulate"), logging, [this](Instrumentation&) {
+        call(entry, handler("collect"), handler("emulate"), true, [this](Instrumentation&) {
             reach("work");
-            clock.advance(15ms);
+            advanceClock(15ms);
         });
         return events;
     }
@@ -69,24 +75,13 @@ struct Sampling : testing::Test {
         return events;
     }
 
-    FakeClock clock;
     GlobalLog log;
-    StoringProvider provider;
+    StoringProvider<bool> provider;
     Lines events;
     std::string failing;
 };
 
-struct SamplingInTime : Sampling {
-    const std::string begin = "Load: Begin";
-    const std::string note = "  Load: note: executing timing profile sample fn took - 15ms";
-    const std::string collecting = "  Load: about to augment timing profile sample - ";
-    const std::string emulating = "  Load: about to emulate timing profile average sample time - ";
-    const std::string finalLap0 = "  Load: Final Lap - 0 ms";
-    const std::string finalLap85 = "  Load: Final Lap - 85 ms";
-    const std::string end = "Load: End - ";
-};
-
-TEST_F(SamplingInTime, SendsItsLinesAndCallsItsHandlersInOrder) {
+TEST_F(Sampling, SendsItsLinesAndCallsItsHandlersInOrder) {
     for (const Entry entry : {Entry::both, Entry::bothFlagged}) {
         EXPECT_EQ(run(entry),
                   Lines({begin, "work", note, collecting + "15 ms", "collect Load 15",
@@ -100,7 +95,7 @@ TEST_F(SamplingInTime, SendsItsLinesAndCallsItsHandlersInOrder) {
                                           "emulate Load 15", finalLap85, end + "100 ms"}));
 }
 
-TEST_F(SamplingInTime, HandsOverWhatWasMeasuredBeforeAFailureAndNothingAfter) {
+TEST_F(Sampling, HandsOverWhatWasMeasuredBeforeAFailureAndNothingAfter) {
     for (const Entry entry :
          {Entry::collect, Entry::collectFlagged, Entry::both, Entry::bothFlagged}) {
         EXPECT_EQ(runFailing(entry, "work"), Lines({begin, "work", collecting + "0 ms",
@@ -120,17 +115,16 @@ TEST_F(SamplingInTime, HandsOverWhatWasMeasuredBeforeAFailureAndNothingAfter) {
 
 TEST_F(Sampling, LogsIfTheSettingOrTheFlagSaysSoAndAlwaysReadsTheSetting) {
     for (const Entry entry : allEntries) {
+        const bool hasFlag = entry == Entry::collectFlagged || entry == Entry::bothFlagged;
         for (const bool flag : {false, true}) {
-            const std::size_t readings = hasFlag(entry) ? 1 : 2;
-            for (std::size_t truth = 0; truth <= readings; ++truth) {
+            const int readings = hasFlag ? 1 : 2;
+            for (int truth = 0; truth <= readings; ++truth) {
+                int reading = 0;
+                provider.onRead = [&] { provider.store[setting] = ++reading == truth; };
                 events.clear();
-                provider.calls.clear();
-                provider.onCall = [&] {
-                    provider.store["enableTimingProfileLogging"] = provider.calls.size() == truth;
-                };
                 call(entry, {}, {}, flag, [](Instrumentation&) {});
-                const bool isLogged = truth != 0 || (flag && hasFlag(entry));
-                EXPECT_EQ(provider.calls, Lines(readings, "getValue"));
+                EXPECT_EQ(reading, readings);
+                const bool isLogged = truth != 0 || (hasFlag && flag);
                 EXPECT_EQ(events.size(), isLogged ? 3U : 0U) << int(entry) << flag << truth;
             }
         }
@@ -138,28 +132,28 @@ TEST_F(Sampling, LogsIfTheSettingOrTheFlagSaysSoAndAlwaysReadsTheSetting) {
 }
 
 TEST_F(Sampling, FailsWithEmptyWorkAndWithASettingThatCannotBeRead) {
-    provider.store["enableTimingProfileLogging"] = false;
+    provider.store[setting] = false;
     for (const Entry entry : allEntries) {
         events.clear();
         EXPECT_THROW(call(entry, handler("collect"), handler("emulate"), false, {}),
                      std::bad_function_call);
         EXPECT_EQ(events, entry == Entry::emulate ? Lines() : Lines({"collect Load 0"}));
     }
-    provider.onCall = [] { throw std::runtime_error("store is gone"); };
+    provider.onRead = [] { throw std::runtime_error("store is gone"); };
     for (const Entry entry : allEntries) {
-        EXPECT_THROW(run(entry, false), std::runtime_error);
+        EXPECT_THROW(run(entry), std::runtime_error);
         EXPECT_EQ(events, Lines());
     }
 }
 
-TEST_F(SamplingInTime, CollectsEachRunOnceThoughMemoryRunsOut) {
+TEST_F(Sampling, CollectsEachRunOnceThoughMemoryRunsOut) {
     Instrumentation::setGlobalLogMessageHandler({});
-    StoringProvider::install(nullptr);
+    provider.setInstance(nullptr);
     std::vector<Milliseconds> collected;
     collected.reserve(100);
     std::size_t runs = 0;
     const auto collect = [&](const std::string&, Milliseconds time) { collected.push_back(time); };
-    const auto work = [&](Instrumentation&) { clock.advance(std::chrono::milliseconds(++runs)); };
+    const auto work = [&](Instrumentation&) { advanceClock(Milliseconds(++runs)); };
     failEachAllocation([&] { collectTimingProfileSample(collect, std::string(100, 'n'), work); },
                        [&] { EXPECT_EQ(collected, std::vector<Milliseconds>(runs)); });
     EXPECT_GE(runs, 2U);
@@ -168,11 +162,10 @@ TEST_F(SamplingInTime, CollectsEachRunOnceThoughMemoryRunsOut) {
 
 TEST(SamplingDeathTest, EndsTheProcessWhenAFailedRunCannotBeCollected) {
     const auto fail = [] {
-        exitOnTerminate();
         const auto failing = [](auto&&...) { throw std::runtime_error("again"); };
         collectTimingProfileSample(failing, "Load", failing);
     };
-    EXPECT_EXIT(fail(), testing::ExitedWithCode(3), "terminated");
+    EXPECT_DEATH(fail(), "terminat");
 }
 
 }  // namespace

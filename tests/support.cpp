@@ -2,60 +2,38 @@
 
 #include "clock.h"
 
-#include <atomic>
-#include <cstdio>
+#include <algorithm>
 #include <cstdlib>
-#include <exception>
 #include <new>
-#include <thread>
+#include <utility>
+
+using namespace std::chrono_literals;
 
 namespace {
 
-using lapwing::Clock;
+lapwing::Clock::time_point currentTime{1h};
 
-FakeClock* fakeClock = nullptr;
-
-thread_local bool areAllocationsCounted = false;
-thread_local std::size_t allocationCount = 0;
-thread_local std::size_t failingAllocation = 0;
+// The allocation that counts it down to 0 fails.
+thread_local std::size_t allocationsToFailure = 0;
 
 }  // namespace
 
-Clock::time_point lapwing::now() noexcept {
-    return fakeClock != nullptr ? fakeClock->read() : Clock::now();
+lapwing::Clock::time_point lapwing::now() noexcept {
+    return currentTime;
 }
 
 void lapwing::sleepFor(Clock::duration pause) {
-    if (fakeClock != nullptr) {
-        fakeClock->sleep(pause);
-    } else {
-        std::this_thread::sleep_for(pause);
-    }
+    advanceClock(std::min<Clock::duration>(pause, 7ms));
 }
 
-FakeClock::FakeClock() {
-    fakeClock = this;
-}
-
-FakeClock::~FakeClock() {
-    fakeClock = nullptr;
-}
-
-void exitOnTerminate() {
-    std::set_terminate([] {
-        std::fputs("terminated", stderr);
-        std::_Exit(3);
-    });
+void advanceClock(std::chrono::nanoseconds length) {
+    currentTime += length;
 }
 
 void* operator new(std::size_t size) {
-    if (areAllocationsCounted && ++allocationCount == failingAllocation) {
-        throw std::bad_alloc();
-    }
-    if (void* const memory = std::malloc(size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
+    const bool isFailing = allocationsToFailure != 0 && --allocationsToFailure == 0;
+    void* const memory = isFailing ? nullptr : std::malloc(size);
+    return memory != nullptr ? memory : throw std::bad_alloc();
 }
 
 void operator delete(void* memory) noexcept {
@@ -66,24 +44,16 @@ void operator delete(void* memory, std::size_t /*size*/) noexcept {
     std::free(memory);
 }
 
-std::size_t countAllocations(const std::function<void()>& action, std::size_t failing) {
-    struct Counting {
-        ~Counting() { areAllocationsCounted = false; }
-    } const counting;
-    allocationCount = 0;
-    failingAllocation = failing;
-    areAllocationsCounted = true;
-    action();
-    return allocationCount;
-}
-
 std::size_t failEachAllocation(const std::function<void()>& action,
                                const std::function<void()>& verify) {
-    for (std::size_t failing = 1;; ++failing) {
+    for (std::size_t failed = 0;; ++failed) {
+        allocationsToFailure = failed + 1;
         try {
-            countAllocations(action, failing);
-            return failing - 1;
+            action();
         } catch (const std::bad_alloc&) {
+        }
+        if (std::exchange(allocationsToFailure, 0) != 0) {
+            return failed;
         }
         verify();
     }
