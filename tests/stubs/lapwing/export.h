@@ -1,4 +1,2 @@
 #pragma once
-#ifndef LAPWING_EXPORT
 #define LAPWING_EXPORT
-#endif
