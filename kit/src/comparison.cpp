@@ -19,7 +19,7 @@ using Numbers = std::vector<double>;
 
 constexpr std::size_t mostRecordings = 64;
 constexpr std::size_t enoughRecordings = 5;
-constexpr std::size_t mostBlocks = 16;
+constexpr double mostBlocks = 16;
 constexpr std::size_t enoughBlocks = 6;
 constexpr double strongestCorrelation = 0.99;
 constexpr double provisionalMargins = 4;
@@ -134,7 +134,7 @@ double effectiveCount(const Numbers& values) {
 
 Numbers mediansOfBlocks(const Durations& samples) {
     const Numbers values = asNumbers(samples);
-    const double most = std::clamp(effectiveCount(values), 1.0, double{mostBlocks});
+    const double most = std::clamp(effectiveCount(values), 1.0, mostBlocks);
     const auto blocks = static_cast<std::size_t>(most);
     const auto boundary = [&](std::size_t block) {
         return values.begin() + static_cast<std::ptrdiff_t>(block * values.size() / blocks);

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <stdexcept>
+#include <utility>
 
 namespace lapwing {
 namespace {
@@ -20,7 +21,7 @@ std::size_t rankOf(double percent, std::size_t count) {
 // Gives percentiles of samples that are not sorted, the lowest first.
 class Percentiles {
 public:
-    explicit Percentiles(const Durations& all) : samples(all) {}
+    explicit Percentiles(Durations all) : samples(std::move(all)) {}
 
     Milliseconds next(double percent) {
         const auto rank = static_cast<std::ptrdiff_t>(rankOf(percent, samples.size()));
@@ -62,8 +63,9 @@ Mean meanOf(const Durations& samples) {
 }
 
 double difference(std::int64_t left, std::int64_t right) {
-    const auto distance = static_cast<std::uint64_t>(left) - static_cast<std::uint64_t>(right);
-    return left < right ? -static_cast<double>(-distance) : static_cast<double>(distance);
+    const auto [low, high] = std::minmax(left, right);
+    const auto distance = static_cast<std::uint64_t>(high) - static_cast<std::uint64_t>(low);
+    return left < right ? -static_cast<double>(distance) : static_cast<double>(distance);
 }
 
 double deviationOf(const Durations& samples, const Mean& mean) {
