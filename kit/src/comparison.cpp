@@ -119,6 +119,7 @@ Numbers ranksAroundTheirMean(const Numbers& values) {
     return ranks;
 }
 
+// Multiplies before it divides, so that a whole result is exact.
 double effectiveCount(const Numbers& values) {
     const auto count = static_cast<double>(values.size());
     const Numbers ranks = ranksAroundTheirMean(values);
@@ -127,9 +128,10 @@ double effectiveCount(const Numbers& values) {
         return count;
     }
     const double products = std::inner_product(ranks.begin() + 1, ranks.end(), ranks.begin(), 0.0);
-    const double correlation =
-        std::clamp(products / squares + 1 / count, 0.0, strongestCorrelation);
-    return count * (1 - correlation) / (1 + correlation);
+    const double whole = count * squares;
+    const double correlated =
+        std::clamp(count * products + squares, 0.0, strongestCorrelation * whole);
+    return count * (whole - correlated) / (whole + correlated);
 }
 
 Numbers mediansOfBlocks(const Durations& samples) {

@@ -69,8 +69,9 @@ struct Case {
 TEST(Comparison, DecidesByTheWholeInterval) {
     const Counts five(5, 100);
     const Counts six(6, 100);
-    Counts runs{100, 100, 100, 110, 110, 110, 100, 100, 100,
-                110, 110, 110, 100, 100, 100, 110, 110, 110};
+    const Counts runs{100, 100, 100, 110, 110, 110, 100, 100, 100,
+                      110, 110, 110, 100, 100, 100, 110, 110, 110};
+    const Counts twos{120, 110, 120, 110, 110, 110, 110, 110, 110, 100, 100, 120, 120, 120};
     Counts outlier = runs;
     outlier[16] = 1'000'000;
     Counts alternating(32, 100);
@@ -101,6 +102,7 @@ TEST(Comparison, DecidesByTheWholeInterval) {
           Case{six, {100}, "too few" + end},
           Case{six, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10}, "too few" + end, {}, 5},
           Case{six, {100, 100, 110, 110, 100, 100, 110, 110}, "too few" + end, {}, 2},
+          Case{six, twos, "same by 10, 5 to 20" + end, {}, 4},
           Case{six, runs, "same by 5, 0 to 10" + end, {}, 7},
           Case{six, outlier, "same by 5, 0 to 10" + end, {}, 5},
           Case{six, alternating, "slower by 50, 50 to 50" + end, {}, 8}}) {
