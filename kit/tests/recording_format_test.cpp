@@ -135,7 +135,7 @@ TEST(RecordingFormat, RefusesWhatItDoesNotAllow) {
         {with("1", "\"1\""), "1:47: version must be a whole number of at most 64 bits, not text"},
         {with("\"ms\"", "\"s\""), R"(1:58: unit must be "ms", not "s")"},
         {with(R"("unit": "ms", )", ""), "11:19: \"unit\" is missing"},
-        {with(",\n   \"labels\": {}", ""), "9:17: \"labels\" is missing"},
+        {with(",\n   \"labels\": {}", ""), "10:17: \"labels\" is missing"},
         {with("\"labels\"", R"("lab\u000als")"),
          R"(3:16: unknown member "lab\nls"; known are id, recorded)"},
         {with("\"unit\"", R"("\u0066ormat")"), "1:60: \"format\" is there twice"},
