@@ -43,12 +43,18 @@ struct TextPosition {
 // Holds one buffer of the file, and knows where in the file that is.
 class FileInput {
 public:
-    FileInput(const ReadBytes& readBytes, const std::string& fileName, std::uint64_t bytes)
-        : read(readBytes), file(fileName), limit(bytes), bytesLeft(bytes) {}
+    FileInput(const ReadBytes& readBytes, const std::string& fileName,
+              const RecordingLimits& limits)
+        : read(readBytes),
+          file(fileName),
+          limit(limits.bytes),
+          bytesLeft(limits.bytes),
+          longestGap(gapFor(limits.bytesPerText)) {}
 
     bool atEnd() { return next == end && !refill(); }
     [[nodiscard]] char current() const { return *next; }
     void advance() { ++next; }
+    void endGap() { gap = 0; }
 
     // Whether the parser has asked for more than there is.
     [[nodiscard]] bool isExhausted() const { return exhausted; }
@@ -61,7 +67,17 @@ public:
     }
 
 private:
+    // The parser keeps what it has read since the last value. A text takes at most twelve bytes for
+    // each of its own: two hexadecimal digits, each of them escaped.
+    static std::uint64_t gapFor(std::uint64_t bytesPerText) {
+        return (1ULL << 20U) + 12 * std::min<std::uint64_t>(bytesPerText, 1ULL << 40U);
+    }
+
     bool refill() {
+        gap += bufferedSize();
+        if (gap > longestGap) {
+            refuse("more than " + std::to_string(longestGap) + " bytes without a value");
+        }
         start.moveOver({buffer.data(), bufferedSize()});
         next = end = buffer.data();
         const std::size_t wanted =
@@ -90,6 +106,8 @@ private:
     const std::string& file;
     std::uint64_t limit;
     std::uint64_t bytesLeft;
+    std::uint64_t longestGap;
+    std::uint64_t gap = 0;
     std::vector<char> buffer = std::vector<char>(64U << 10U);
     const char* next = buffer.data();
     const char* end = buffer.data();
@@ -148,7 +166,7 @@ std::string reasonOf(const std::string& message) {
 // behind a key of an object, or in an array.
 class RecordingHandler {
 public:
-    RecordingHandler(const FileInput& fileInput, const RecordingLimits& recordingLimits)
+    RecordingHandler(FileInput& fileInput, const RecordingLimits& recordingLimits)
         : input(fileInput), limits(recordingLimits) {}
 
     std::vector<Recording> takeRecordings() { return std::move(recordings); }
@@ -207,7 +225,7 @@ private:
     [[noreturn]] void refuse(const std::string& reason) const { input.refuse(reason); }
     [[noreturn]] void refuseValue(const std::string& found) const;
     [[noreturn]] void refuseNumber(const std::string& digits) const;
-    void expect(Form form) const;
+    void expect(Form form);
     void limit(std::size_t count, std::size_t maximum, const char* what) const;
 
     [[nodiscard]] const Rules& rules() const {
@@ -242,7 +260,7 @@ private:
     void takeVersion(std::int64_t version) const;
     [[nodiscard]] std::string decoded(const std::string& fileText) const;
 
-    const FileInput& input;
+    FileInput& input;
     const RecordingLimits& limits;
     std::vector<Recording> recordings;
     std::set<std::string> ids;
@@ -323,6 +341,7 @@ bool Handler::string(const std::string& value) {
 }
 
 bool Handler::key(const std::string& name) {
+    input.endGap();
     (this->*rules().onKey)(name);
     return true;
 }
@@ -353,7 +372,8 @@ void Handler::refuseNumber(const std::string& digits) const {
     refuseValue(digits.size() > maximum ? digits.substr(0, maximum) + "..." : digits);
 }
 
-void Handler::expect(Form form) const {
+void Handler::expect(Form form) {
+    input.endGap();
     if (next->form != form) {
         refuseValue(nameOf(form));
     }
@@ -498,7 +518,7 @@ std::string Handler::decoded(const std::string& fileText) const {
 
 std::vector<Recording> parseRecordings(const ReadBytes& read, const std::string& file,
                                        const RecordingLimits& limits) {
-    FileInput input(read, file, limits.bytes);
+    FileInput input(read, file, limits);
     RecordingHandler handler(input, limits);
     Json::sax_parse(InputIterator(input), InputIterator(), &handler);
     // The parser takes a zero for the end.

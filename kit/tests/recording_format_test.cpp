@@ -192,6 +192,8 @@ TEST(RecordingFormat, RefusesMoreThanTheLimits) {
               "runs.json:2:21: more than 9 bytes in a text");
     limits = {example.size(), 2, 2, 18, 3};
     EXPECT_EQ(errorOf(example, limits), "runs.json:7:27: more than 3 samples");
+    const std::string gap(3U << 20U, '\n');
+    EXPECT_NE(errorOf("{" + gap).find("bytes without a value"), std::string::npos);
 }
 
 TEST(RecordingFormat, KeepsAnyBytesInSortedOrder) {
