@@ -3,9 +3,8 @@
 #ifndef LAPWING_KIT_TESTS_FILE_SUPPORT_H
 #define LAPWING_KIT_TESTS_FILE_SUPPORT_H
 
-#include <cstdint>
 #include <filesystem>
-#include <functional>
+#include <future>
 #include <string>
 #include <vector>
 
@@ -17,42 +16,22 @@ void fill(const std::filesystem::path& file, const std::string& contents);
 // What a replacement writes to until it is committed.
 std::filesystem::path temporaryOf(const std::filesystem::path& file);
 
-void waitFor(const std::function<bool()>& condition);
-
 // A folder that everybody may use, until the end of the test.
-class TemporaryFolder {
-public:
+struct TemporaryFolder {
     TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
     ~TemporaryFolder();
 
-    [[nodiscard]] const std::filesystem::path& path() const { return folder; }
     [[nodiscard]] std::filesystem::path operator/(const std::string& name) const {
-        return folder / name;
+        return path / name;
     }
 
     // The names of what is in it, sorted.
     [[nodiscard]] Lines entries() const;
 
-private:
-    std::filesystem::path folder;
+    const std::filesystem::path path;
 };
 
-// A run of the program of other_process.cpp, killed at the end of its scope.
-class OtherProcess {
-public:
-    explicit OtherProcess(const Lines& arguments);
-    OtherProcess(OtherProcess&& other) noexcept;
-    OtherProcess(const OtherProcess&) = delete;
-    OtherProcess& operator=(const OtherProcess&) = delete;
-    ~OtherProcess() { kill(); }
-
-    void kill();
-    int exitCode();
-
-private:
-    std::intptr_t process = -1;
-};
+// Runs the program of other_process.cpp; gives its exit code.
+std::future<int> startProcess(const char* command, const std::filesystem::path& file, int number);
 
 #endif  // LAPWING_KIT_TESTS_FILE_SUPPORT_H

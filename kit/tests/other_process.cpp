@@ -1,15 +1,15 @@
 // What the tests have done by other processes:
-//   append FILE COUNT  appends that many recordings, half of them by a second thread
-//   save FILE          replaces the file for ever by two recordings in turn: small and large
-//   hold FILE          has written a part of a new file, and waits for ever
+//   append FILE COUNT        appends that many recordings on each of two threads
+//   save FILE MICROSECONDS   replaces the file in turn, and dies that long after the first time
+//   hold FILE MICROSECONDS   writes a part of a new file, tells in FILE.dying, and dies
 
 #include "other_process.h"
 
 #include "file_replacement.h"
 
 #include <chrono>
-#include <cstdio>
-#include <exception>
+#include <cstdlib>
+#include <fstream>
 #include <string>
 #include <thread>
 
@@ -21,41 +21,40 @@ void append(const std::string& file, int count) {
     }
 }
 
-[[noreturn]] void save(const std::string& file) {
+// As a kill does: nothing is cleaned up, whatever the other threads are doing.
+[[noreturn]] void dieAfter(int microseconds) {
+    std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
+    std::_Exit(0);
+}
+
+void save(const std::string& file, int microseconds) {
+    lapwing::saveRecordings(file, recordingsOf(few));
+    std::thread([microseconds] { dieAfter(microseconds); }).detach();
     for (;;) {
-        lapwing::saveRecordings(file, smallRecordings());
-        lapwing::saveRecordings(file, largeRecordings());
+        lapwing::saveRecordings(file, recordingsOf(many));
+        lapwing::saveRecordings(file, recordingsOf(few));
     }
 }
 
-[[noreturn]] void hold(const std::string& file) {
+void hold(const std::string& file, int microseconds) {
     lapwing::FileReplacement replacement(file);
     replacement.write("part");
-    for (;;) {
-        std::this_thread::sleep_for(std::chrono::seconds(1));
-    }
-}
-
-void run(const std::string& command, const std::string& file, const std::string& count) {
-    if (command == "hold") {
-        hold(file);
-    }
-    if (command == "save") {
-        save(file);
-    }
-    std::thread other([&] { append(file, std::stoi(count) / 2); });
-    append(file, std::stoi(count) / 2);
-    other.join();
+    std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
+    std::ofstream(file + ".dying").flush();
+    dieAfter(0);
 }
 
 }  // namespace
 
-int main(int argc, char** argv) {
-    try {
-        run(argv[1], argv[2], argc > 3 ? argv[3] : "0");
-        return 0;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
-        return 1;
+int main(int /*count*/, char** arguments) {
+    const std::string command = arguments[1];
+    const std::string file = arguments[2];
+    const int number = std::stoi(arguments[3]);
+    if (command == "append") {
+        std::thread other([&] { append(file, number); });
+        append(file, number);
+        other.join();
+    } else {
+        (command == "save" ? save : hold)(file, number);
     }
 }

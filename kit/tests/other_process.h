@@ -5,13 +5,11 @@
 
 #include <lapwing/kit/recording_file.h>
 
-inline std::vector<lapwing::Recording> smallRecordings() {
-    return {{"small", {}, {}, {{}, {{"Scan", {Milliseconds(120)}}}}}};
+inline std::vector<lapwing::Recording> recordingsOf(std::size_t samples) {
+    return {{"id", {}, {}, {{}, {{"Scan", std::vector<Milliseconds>(samples)}}}}};
 }
 
-inline std::vector<lapwing::Recording> largeRecordings() {
-    return {
-        {"large", {}, {}, {{}, {{"Scan", std::vector<Milliseconds>(50'000, Milliseconds(7))}}}}};
-}
+constexpr std::size_t few = 1;
+constexpr std::size_t many = 50'000;
 
 #endif  // LAPWING_KIT_TESTS_OTHER_PROCESS_H

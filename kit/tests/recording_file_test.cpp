@@ -6,32 +6,29 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstddef>
 #include <functional>
 #include <random>
 #include <set>
 #include <sstream>
-#include <stdexcept>
-#include <string>
 #include <system_error>
-#include <thread>
-#include <vector>
 
 #ifndef _WIN32
 #include <sys/stat.h>
 #endif
 
 namespace fs = std::filesystem;
+using lapwing::loadRecordings;
 using lapwing::Recording;
+using lapwing::RecordingFileError;
+using lapwing::saveRecordings;
 
 namespace {
 
-std::chrono::system_clock::time_point at(int seconds) {
-    return std::chrono::system_clock::time_point(std::chrono::seconds(1'795'272'000 + seconds));
-}
-
 Recording recording(const std::string& id, int seconds = 0, std::size_t samples = 1) {
-    return {id, at(seconds), {}, {{}, {{"Scan", std::vector<Milliseconds>(samples)}}}};
+    Recording made = recordingsOf(samples).front();
+    made.id = id;
+    made.recorded += std::chrono::seconds(1'795'272'000 + seconds);
+    return made;
 }
 
 std::string formatted(const std::vector<Recording>& recordings) {
@@ -40,9 +37,9 @@ std::string formatted(const std::vector<Recording>& recordings) {
     return stream.str();
 }
 
-Lines idsOf(const std::vector<Recording>& recordings) {
+Lines idsIn(const fs::path& file) {
     Lines ids;
-    for (const Recording& each : recordings) {
+    for (const Recording& each : loadRecordings(file)) {
         ids.push_back(each.id);
     }
     return ids;
@@ -58,25 +55,20 @@ std::string messageOf(const std::function<void()>& call) {
     }
 }
 
-using lapwing::RecordingFileError;
-
 TEST(RecordingFile, LosesNothingOfEightProcessesThatAppend) {
-    constexpr std::size_t count = 12;
     const TemporaryFolder folder;
-    const fs::path file = folder / "runs.json";
     fs::create_directory(folder / "runs");
-    std::vector<OtherProcess> processes;
-    for (const fs::path& target : {file, folder / "runs"}) {
-        for (int number = 0; number < 8; ++number) {
-            processes.push_back(OtherProcess({"append", target.string(), std::to_string(count)}));
-        }
+    std::vector<std::future<int>> processes;
+    for (int process = 0; process < 8; ++process) {
+        processes.push_back(startProcess("append", folder / "runs.json", 6));
+        processes.push_back(startProcess("append", folder / "runs", 6));
     }
-    for (OtherProcess& process : processes) {
-        EXPECT_EQ(process.exitCode(), 0);
+    for (auto& process : processes) {
+        EXPECT_EQ(process.get(), 0);
     }
-    for (const fs::path& target : {file, folder / "runs"}) {
-        const Lines ids = idsOf(lapwing::loadRecordings(target));
-        EXPECT_EQ(std::set<std::string>(ids.begin(), ids.end()).size(), 8 * count) << target;
+    for (const char* target : {"runs.json", "runs"}) {
+        const Lines ids = idsIn(folder / target);
+        EXPECT_EQ(std::set<std::string>(ids.begin(), ids.end()).size(), 8U * 2 * 6) << target;
     }
     EXPECT_EQ(folder.entries(), (Lines{"runs", "runs.json"}));
 }
@@ -88,74 +80,66 @@ TEST(RecordingFile, IsWholeAfterSavingProcessesAreKilled) {
     constexpr int rounds = 25;
 #endif
     const Lines names = {"0", "1", "2", "3", "4", "5", "6", "7"};
-    const std::string whole[] = {formatted(smallRecordings()), formatted(largeRecordings())};
+    const std::string whole[] = {formatted(recordingsOf(few)), formatted(recordingsOf(many))};
     const TemporaryFolder folder;
     std::mt19937 random(1);
-    std::uniform_int_distribution<int> microseconds(0, 10'000);
-    std::ptrdiff_t leftBehind = 0;
+    std::uniform_int_distribution<int> microseconds(0, 40'000);
+    int leftBehind = 0;
     for (int round = 0; round < rounds; ++round) {
-        std::vector<OtherProcess> processes;
+        std::vector<std::future<int>> processes;
         for (const std::string& name : names) {
-            fs::remove(folder / name);
-            processes.push_back(OtherProcess({"save", (folder / name).string()}));
+            processes.push_back(startProcess("save", folder / name, microseconds(random)));
         }
         for (std::size_t index = 0; index < names.size(); ++index) {
-            waitFor([&] { return fs::exists(folder / names[index]); });
-            std::this_thread::sleep_for(std::chrono::microseconds(microseconds(random)));
-            processes[index].kill();
-        }
-        for (const std::string& name : names) {
-            const std::string found = contentsOf(folder / name);
+            EXPECT_EQ(processes[index].get(), 0);
+            const std::string found = contentsOf(folder / names[index]);
             EXPECT_TRUE(found == whole[0] || found == whole[1]) << found.size();
-            leftBehind += fs::exists(temporaryOf(folder / name)) ? 1 : 0;
+            leftBehind += fs::exists(temporaryOf(folder / names[index])) ? 1 : 0;
         }
     }
-    EXPECT_GT(leftBehind, 0U) << "no process was killed while it saved";
+    EXPECT_GT(leftBehind, 0) << "no process was killed while it saved";
     for (const std::string& name : names) {
-        lapwing::saveRecordings(folder / name, smallRecordings());
+        saveRecordings(folder / name, recordingsOf(few));
     }
     EXPECT_EQ(folder.entries(), names);
 }
 
 TEST(RecordingFile, CombinesTheFilesOfAFolder) {
     const TemporaryFolder folder;
-    lapwing::saveRecordings(folder / "a.json", {recording("late", 9), recording("both", 5)});
-    lapwing::saveRecordings(folder / "b.json", {recording("both", 5), recording("early", 1)});
+    const auto expectError = [&](const std::string& message) {
+        const std::string found = messageOf<RecordingFileError>([&] { idsIn(folder.path); });
+        EXPECT_EQ(found.find((folder / "b.json:1:").string() + message), 0U) << found;
+    };
+    saveRecordings(folder / "a.json", {recording("late", 9), recording("both", 5)});
+    saveRecordings(folder / "b.json", {recording("both", 5), recording("early", 1)});
     fs::create_directory(folder / "below.json");
     fill(folder / "below.json" / "c.json", "not looked at");
     fill(folder / "notes.txt", "not looked at");
-    EXPECT_EQ(idsOf(lapwing::loadRecordings(folder.path())), (Lines{"early", "both", "late"}));
-
-    lapwing::saveRecordings(folder / "b.json", {recording("both", 6)});
-    const std::string clash = messageOf<RecordingFileError>(
-        [&] { static_cast<void>(lapwing::loadRecordings(folder.path())); });
-    EXPECT_EQ(clash.find((folder / "b.json:1:1: ").string()), 0U) << clash;
-    EXPECT_NE(clash.find("\"both\""), std::string::npos) << clash;
-
+    EXPECT_EQ(idsIn(folder.path), (Lines{"early", "both", "late"}));
+    saveRecordings(folder / "b.json", {recording("both", 6)});
+    expectError("1: two recordings with the id \"both\"");
     fill(folder / "b.json", "[");
-    const std::string bad = messageOf<RecordingFileError>(
-        [&] { static_cast<void>(lapwing::loadRecordings(folder.path())); });
-    EXPECT_EQ(bad.find((folder / "b.json:1:").string()), 0U) << bad;
+    expectError("");
 #ifndef _WIN32
     fs::remove(folder / "b.json");
     mkfifo((folder / "b.json").c_str(), 0666);
-    EXPECT_THROW(static_cast<void>(lapwing::loadRecordings(folder.path())), RecordingFileError);
+    expectError("1: not a regular file");
 #endif
 }
 
 TEST(RecordingFile, CountsTheLimitsOverAWholeFolder) {
     const TemporaryFolder folder;
-    lapwing::saveRecordings(folder / "a.json", {recording("1", 1, 3), recording("2", 2, 3)});
-    lapwing::saveRecordings(folder / "b.json", {recording("3", 3, 4)});
-    const auto load = [&](std::size_t recordings, std::size_t samples) {
-        lapwing::RecordingLimits limits;
-        limits.recordings = recordings;
-        limits.samples = samples;
-        return lapwing::loadRecordings(folder.path(), limits).size();
-    };
-    EXPECT_EQ(load(3, 10), 3U);
-    EXPECT_THROW(load(2, 10), RecordingFileError);
-    EXPECT_THROW(load(3, 9), RecordingFileError);
+    saveRecordings(folder / "a.json", {recording("1", 1, 3), recording("2", 2, 3)});
+    saveRecordings(folder / "b.json", {recording("3", 3, 4)});
+    lapwing::RecordingLimits limits;
+    limits.samples = 10;
+    limits.recordings = 3;
+    EXPECT_EQ(loadRecordings(folder.path, limits).size(), 3U);
+    limits.recordings = 2;
+    EXPECT_THROW(static_cast<void>(loadRecordings(folder.path, limits)), RecordingFileError);
+    limits.recordings = 3;
+    limits.samples = 9;
+    EXPECT_THROW(static_cast<void>(loadRecordings(folder.path, limits)), RecordingFileError);
 }
 
 TEST(RecordingFile, AppendsToAFolderOneFileEach) {
@@ -163,66 +147,45 @@ TEST(RecordingFile, AppendsToAFolderOneFileEach) {
     const std::string longId(70, 'x');
     const std::string longName = "20261121T144000Z-" + std::string(64, 'x');
     for (const std::string& id : {std::string("a/b"), std::string("a.b"), longId, longId + "y"}) {
-        lapwing::appendRecording(folder.path(), recording(id));
-        EXPECT_THROW(lapwing::appendRecording(folder.path(), recording(id)), std::invalid_argument);
+        appendRecording(folder.path, recording(id));
+        EXPECT_THROW(appendRecording(folder.path, recording(id)), std::invalid_argument);
     }
     EXPECT_EQ(folder.entries(), (Lines{"20261121T144000Z-a_b-2.json", "20261121T144000Z-a_b.json",
                                        longName + "-2.json", longName + ".json"}));
-    EXPECT_EQ(idsOf(lapwing::loadRecordings(folder.path())),
-              (Lines{"a.b", "a/b", longId, longId + "y"}));
+    EXPECT_EQ(idsIn(folder.path), (Lines{"a.b", "a/b", longId, longId + "y"}));
 }
 
 TEST(RecordingFile, ChangesNothingWhenItRefuses) {
     const TemporaryFolder folder;
     const fs::path file = folder / "runs.json";
     const Recording known = recording("known");
-    lapwing::appendRecording(file, known);
-    const Recording noId = recording("");
-    const std::vector<std::function<void()>> refused = {
-        [&] {
-            lapwing::saveRecordings(file, {known, known});
-        },
-        [&] { lapwing::saveRecordings(file, {noId}); },
-        [&] { lapwing::appendRecording(file, noId); },
-        [&] { lapwing::appendRecording(folder / "new.json", noId); },
-        [&] { lapwing::appendRecording(folder.path(), noId); },
-        [&] { lapwing::saveRecordings(folder.path(), {known}); },
-    };
-    for (const auto& call : refused) {
-        EXPECT_THROW(call(), std::invalid_argument);
+    appendRecording(file, known);
+    EXPECT_THROW(saveRecordings(file, {known, known}), std::invalid_argument);
+    EXPECT_THROW(saveRecordings(folder.path, {known}), std::invalid_argument);
+    for (const fs::path& target : {file, folder / "new.json", folder.path}) {
+        EXPECT_THROW(appendRecording(target, recording("")), std::invalid_argument) << target;
     }
-    EXPECT_EQ(messageOf<std::invalid_argument>([&] { lapwing::appendRecording(file, known); }),
+    EXPECT_EQ(messageOf<std::invalid_argument>([&] { appendRecording(file, known); }),
               file.string() + ": already has a recording \"known\"");
     EXPECT_EQ(contentsOf(file), formatted({known}));
     fill(file, "[");
-    EXPECT_THROW(lapwing::appendRecording(file, recording("new")), RecordingFileError);
+    EXPECT_THROW(appendRecording(file, recording("new")), RecordingFileError);
     EXPECT_EQ(contentsOf(file), "[");
     EXPECT_EQ(folder.entries(), Lines{"runs.json"});
+    const std::string missing = messageOf<std::system_error>([&] { idsIn(folder / "missing"); });
+    EXPECT_EQ(missing.find((folder / "missing: ").string()), 0U) << missing;
 }
 
-TEST(RecordingFile, NamesTheFileThatCannotBeRead) {
-    const TemporaryFolder folder;
-    const fs::path file = folder / "missing.json";
-    const std::string message =
-        messageOf<std::system_error>([&] { static_cast<void>(lapwing::loadRecordings(file)); });
-    EXPECT_EQ(message.find(file.string() + ": "), 0U) << message;
-}
-
-TEST(RecordingFile, ReadsAndWritesStreams) {
-    const std::vector<Recording> recordings = {recording("1"), recording("2", 1, 100'000)};
-    std::stringstream stream;
-    stream.exceptions(std::ios::badbit);
-    lapwing::writeRecordings(stream, recordings);
-    const std::vector<Recording> loaded = lapwing::readRecordings(stream, "input");
-    EXPECT_EQ(formatted(loaded), formatted(recordings));
-
-    std::istringstream cut("{");
-    const std::string message = messageOf<RecordingFileError>(
-        [&] { static_cast<void>(lapwing::readRecordings(cut, "input")); });
-    EXPECT_EQ(message.find("input:1:"), 0U) << message;
-    std::istringstream broken(formatted(recordings));
-    broken.setstate(std::ios::badbit);
-    EXPECT_THROW(static_cast<void>(lapwing::readRecordings(broken, "input")), std::system_error);
+TEST(RecordingFile, ReadsStreams) {
+    const std::string text = formatted({recording("1"), recording("2", 1, 100'000)});
+    std::istringstream stream(text);
+    EXPECT_EQ(formatted(lapwing::readRecordings(stream, "input")), text);
+    stream.str("{");
+    stream.clear();
+    const auto read = [&] { static_cast<void>(lapwing::readRecordings(stream, "input")); };
+    EXPECT_EQ(messageOf<RecordingFileError>(read).find("input:1:"), 0U);
+    stream.setstate(std::ios::badbit);
+    EXPECT_THROW(read(), std::system_error);
 }
 
 }  // namespace
