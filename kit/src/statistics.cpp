@@ -46,8 +46,8 @@ Milliseconds averageOf(const Durations& samples) {
 
 // The mean without rounding, as long as there are fewer than three thousand million samples.
 struct Mean {
-    std::int64_t whole = 0;
-    double fraction = 0;
+    std::int64_t whole;
+    double fraction;
 };
 
 Mean meanOf(const Durations& samples) {
