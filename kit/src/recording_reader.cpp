@@ -49,7 +49,9 @@ public:
           file(fileName),
           limit(limits.bytes),
           bytesLeft(limits.bytes),
-          longestGap(gapFor(limits.bytesPerText)) {}
+          longestGap(gapFor(limits.bytesPerText)) {
+        refill();
+    }
 
     bool atEnd() { return next == end && !refill(); }
     [[nodiscard]] char current() const { return *next; }
