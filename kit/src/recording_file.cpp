@@ -9,6 +9,7 @@
 #include <istream>
 #include <memory>
 #include <ostream>
+#include <sstream>
 #include <system_error>
 #include <unordered_map>
 #include <utility>
@@ -24,10 +25,11 @@ bool isFolder(const fs::path& file) {
     return fs::is_directory(file, error);
 }
 
-std::vector<Recording> loadFile(const fs::path& file, const RecordingLimits& limits) {
+std::vector<Recording> loadFile(const fs::path& file, const RecordingLimits& limits,
+                                const Counted& counted = {}) {
     InputFile input(file);
     const auto read = [&input](char* buffer, std::size_t size) { return input.read(buffer, size); };
-    return parseRecordings(read, displayName(file), limits);
+    return parseRecordings(read, displayName(file), limits, counted);
 }
 
 std::vector<fs::path> filesIn(const fs::path& folder) {
@@ -56,26 +58,20 @@ void requireRegularFile(const fs::path& file) {
     }
 }
 
-std::size_t sampleCount(const std::vector<Recording>& recordings) {
-    std::size_t count = 0;
-    for (const Recording& recording : recordings) {
-        for (const auto& [name, samples] : recording.profile.samples) {
-            count += samples.size();
-        }
+void count(const Recording& recording, Counted& counted) {
+    ++counted.recordings;
+    for (const auto& [name, samples] : recording.profile.samples) {
+        counted.samples += samples.size();
     }
-    return count;
 }
 
-// The recordings of the files of a folder, within the limits of them all.
+// The recordings of the files of a folder, each once.
 class Collection {
 public:
-    explicit Collection(const RecordingLimits& limits) : left(limits) {}
+    explicit Collection(const RecordingLimits& recordingLimits) : limits(recordingLimits) {}
 
     void add(const fs::path& file) {
-        std::vector<Recording> loaded = loadFile(file, left);
-        left.recordings -= loaded.size();
-        left.samples -= sampleCount(loaded);
-        for (Recording& recording : loaded) {
+        for (Recording& recording : loadFile(file, limits, counted)) {
             add(std::move(recording), file);
         }
     }
@@ -84,26 +80,34 @@ public:
 
 private:
     void add(Recording recording, const fs::path& file) {
-        const auto [place, isNew] = places.emplace(recording.id, recordings.size());
+        const auto [place, isNew] = places.emplace(recording.id, Place{recordings.size(), file});
         if (isNew) {
+            count(recording, counted);
             recordings.push_back(std::move(recording));
         } else {
-            requireSame(recordings[place->second], recording, file);
+            requireSame(place->second, recording, file);
         }
     }
 
-    static void requireSame(const Recording& known, const Recording& recording,
-                            const fs::path& file) {
+    struct Place {
+        std::size_t index;
+        fs::path file;
+    };
+
+    void requireSame(const Place& known, const Recording& recording, const fs::path& file) const {
         try {
-            static_cast<void>(merged({known}, {recording}));
+            static_cast<void>(merged({recordings[known.index]}, {recording}));
         } catch (const std::invalid_argument& error) {
-            throw RecordingFileError(displayName(file), 1, 1, error.what());
+            throw RecordingFileError(
+                displayName(file), 1, 1,
+                error.what() + ("; the other is in " + displayName(known.file)));
         }
     }
 
-    RecordingLimits left;
+    const RecordingLimits& limits;
+    Counted counted;
     std::vector<Recording> recordings;
-    std::unordered_map<std::string, std::size_t> places;
+    std::unordered_map<std::string, Place> places;
 };
 
 std::vector<Recording> loadFolder(const fs::path& folder, const RecordingLimits& limits) {
@@ -137,6 +141,24 @@ void requireNewId(const std::string& id, const std::vector<Recording>& known,
     }
 }
 
+// Reads the recording as a file of its own: what is written can be loaded again.
+void requireWithinLimits(const Recording& recording, const std::vector<Recording>& others,
+                         const fs::path& file, const RecordingLimits& limits) {
+    Counted counted;
+    std::for_each(others.begin(), others.end(), [&](const auto& other) { count(other, counted); });
+    std::stringstream text;
+    writeRecordings(text, {recording});
+    const auto read = [&text](char* buffer, std::size_t size) {
+        text.read(buffer, static_cast<std::streamsize>(size));
+        return static_cast<std::size_t>(text.gcount());
+    };
+    try {
+        static_cast<void>(parseRecordings(read, "the new recording", limits, counted));
+    } catch (const RecordingFileError& error) {
+        throw std::invalid_argument(displayName(file) + ": " + error.what());
+    }
+}
+
 void appendToFile(const fs::path& file, const Recording& recording, const RecordingLimits& limits) {
     FileReplacement replacement(file);
     std::vector<Recording> recordings;
@@ -144,6 +166,7 @@ void appendToFile(const fs::path& file, const Recording& recording, const Record
         recordings = loadFile(file, limits);
     }
     requireNewId(recording.id, recordings, file);
+    requireWithinLimits(recording, recordings, file, limits);
     recordings.push_back(recording);
     formatRecordings(recordings,
                      [&replacement](std::string_view bytes) { replacement.write(bytes); });
@@ -199,6 +222,7 @@ void saveRecordings(const fs::path& file, const std::vector<Recording>& recordin
 void appendRecording(const fs::path& file, const Recording& recording,
                      const RecordingLimits& limits) {
     if (isFolder(file)) {
+        requireWithinLimits(recording, {}, file, limits);
         save({recording}, [&] { return openNewFile(file, recording, limits); });
     } else {
         appendToFile(file, recording, limits);
@@ -207,10 +231,14 @@ void appendRecording(const fs::path& file, const Recording& recording,
 
 std::vector<Recording> readRecordings(std::istream& stream, const std::string& name,
                                       const RecordingLimits& limits) {
-    const auto read = [&stream, &name](char* buffer, std::size_t size) {
+    const std::system_error unreadable(std::make_error_code(std::errc::io_error), name);
+    if (!stream) {
+        throw unreadable;
+    }
+    const auto read = [&](char* buffer, std::size_t size) {
         stream.read(buffer, static_cast<std::streamsize>(size));
         if (stream.bad()) {
-            throw std::system_error(std::make_error_code(std::errc::io_error), name);
+            throw unreadable;
         }
         return static_cast<std::size_t>(stream.gcount());
     };

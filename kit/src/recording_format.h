@@ -19,9 +19,15 @@ using ReadBytes = std::function<std::size_t(char* buffer, std::size_t size)>;
 // Takes the next bytes, in large blocks.
 using WriteBytes = std::function<void(std::string_view bytes)>;
 
+// What counts towards the limits before a file is read.
+struct Counted {
+    std::size_t recordings = 0;
+    std::size_t samples = 0;
+};
+
 // Throws RecordingFileError, which names `file`, for what the format does not allow.
 std::vector<Recording> parseRecordings(const ReadBytes& read, const std::string& file,
-                                       const RecordingLimits& limits);
+                                       const RecordingLimits& limits, const Counted& counted = {});
 
 // Throws std::invalid_argument for what the format cannot hold, before it writes anything.
 void formatRecordings(const std::vector<Recording>& recordings, const WriteBytes& write);

@@ -168,8 +168,9 @@ std::string reasonOf(const std::string& message) {
 // behind a key of an object, or in an array.
 class RecordingHandler {
 public:
-    RecordingHandler(FileInput& fileInput, const RecordingLimits& recordingLimits)
-        : input(fileInput), limits(recordingLimits) {}
+    RecordingHandler(FileInput& fileInput, const RecordingLimits& recordingLimits,
+                     const Counted& countedBefore)
+        : input(fileInput), limits(recordingLimits), counted(countedBefore) {}
 
     std::vector<Recording> takeRecordings() { return std::move(recordings); }
 
@@ -264,9 +265,9 @@ private:
 
     FileInput& input;
     const RecordingLimits& limits;
+    Counted counted;
     std::vector<Recording> recordings;
     std::set<std::string> ids;
-    std::size_t sampleCount = 0;
     Place place = Place::End;
     const Value* next = &fileValue;
     Members ofFile{fileMembers.data(), fileMembers.size(), {}};
@@ -354,14 +355,13 @@ bool Handler::parse_error(std::size_t /*position*/, const std::string& token,
     if (error.id == numberOverflow) {
         refuseNumber(token);
     }
+    if (place == Place::End && next == nullptr) {
+        refuse("text after the end");
+    }
     if (input.isExhausted()) {
         refuse(input.isEmpty() ? "the file is empty" : "the file is cut short");
     }
-    if (input.lastRead() == '\0') {
-        refuse("not JSON: a byte of zero");
-    }
-    const bool isAfterTheEnd = place == Place::End && next == nullptr;
-    refuse(isAfterTheEnd ? "text after the end" : reasonOf(error.what()));
+    refuse(input.lastRead() == '\0' ? "not JSON: a byte of zero" : reasonOf(error.what()));
 }
 
 void Handler::refuseValue(const std::string& found) const {
@@ -465,7 +465,7 @@ void Handler::requireDurations() {
 
 void Handler::startRecording() {
     recordings.emplace_back();
-    limit(recordings.size(), limits.recordings, "recordings");
+    limit(counted.recordings + recordings.size(), limits.recordings, "recordings");
     ofRecording.seen.reset();
 }
 
@@ -494,7 +494,7 @@ void Handler::takeTime(const std::string& time) {
 }
 
 void Handler::takeDuration(std::int64_t duration) {
-    limit(++sampleCount, limits.samples, "samples");
+    limit(++counted.samples, limits.samples, "samples");
     durations->emplace_back(duration);
 }
 
@@ -519,9 +519,9 @@ std::string Handler::decoded(const std::string& fileText) const {
 }  // namespace
 
 std::vector<Recording> parseRecordings(const ReadBytes& read, const std::string& file,
-                                       const RecordingLimits& limits) {
+                                       const RecordingLimits& limits, const Counted& counted) {
     FileInput input(read, file, limits);
-    RecordingHandler handler(input, limits);
+    RecordingHandler handler(input, limits, counted);
     Json::sax_parse(InputIterator(input), InputIterator(), &handler);
     // The parser takes a zero for the end.
     if (!input.isExhausted()) {

@@ -7,10 +7,11 @@
 /// A file is JSON, made to be read in a diff; docs/recordings.md describes the format. A folder
 /// works wherever a file does: it holds one or more such files, whose names end in ".json".
 ///
-/// Paths are UTF-8 in messages. The functions throw std::system_error, with the file's name and the
-/// system's reason, if the system refuses: a missing file, a folder that cannot be written, a full
-/// disk. They throw std::bad_alloc if memory runs out. In either case existing files are unchanged,
-/// unless the disk fails after a file has been replaced, when it flushes the folder.
+/// In messages, paths are UTF-8 on Windows, and as they are elsewhere. The functions throw
+/// std::system_error, with the file's name and the system's reason, if the system refuses: a
+/// missing file, a folder that cannot be written, a full disk. They throw std::bad_alloc if memory
+/// runs out. Existing files are then unchanged, with one exception: if flushing the folder fails,
+/// the file has already been replaced.
 ///
 /// Any number of threads and processes may call these functions at once, also on the same file.
 
@@ -48,14 +49,14 @@ private:
     std::size_t columnNumber;
 };
 
-/// What loading accepts at most. In a folder, `bytes` is the limit of each file, the others are
-/// limits of the whole folder, except those that concern one recording or one text.
+/// What loading accepts at most. `recordings` and `samples` are limits of a whole folder, where
+/// what is in several files counts once.
 struct RecordingLimits {
-    std::uint64_t bytes = 256ULL << 20U;      ///< Of a file.
-    std::size_t recordings = 10'000;          ///< Of all files together.
+    std::uint64_t bytes = 256ULL << 20U;  ///< Of a file.
+    std::size_t recordings = 10'000;
     std::size_t namesPerRecording = 100'000;  ///< Of samples, of notes and of labels.
     std::size_t bytesPerText = 64U << 10U;    ///< Of a name, a note, a label's key or its text.
-    std::size_t samples = 50'000'000;         ///< Of all recordings together.
+    std::size_t samples = 50'000'000;
 };
 
 /// Returns the recordings of `file` in the order in which they stand there, or those of all files
@@ -69,19 +70,21 @@ struct RecordingLimits {
 /// symbolic link stays one. On Windows the file gets the permissions that its folder gives, and a
 /// link that leads nowhere is an error. Names without samples are left out.
 ///
-/// The new contents stand beside the file until they are complete, under the file's name between
-/// "." and ".lapwing-new". If a process is killed and leaves that, the next save removes it.
+/// The new contents stand beside the file, as `.NAME.lapwing-new`, until they are complete. If a
+/// process is killed and leaves that, the next save removes it. A read-only file is replaced, too,
+/// on Linux if its folder can be written; Windows refuses. Hard links keep the old contents.
 ///
 /// Throws std::invalid_argument if two recordings have the same id, if an id or a time cannot be
-/// stored (years 0 to 9999 can), or if `file` is neither absent nor a regular file.
+/// stored (years 0 to 9999 can), or if `file` exists and is not a regular file.
 void saveRecordings(const std::filesystem::path& file, const std::vector<Recording>& recordings);
 
 /// Adds `recording` to a file, which is made if there is none, as atomically as saveRecordings()
 /// does. No other recording is lost if several threads or processes append at once. If `file` is a
 /// folder, the recording gets a file of its own there, named by time and id.
 ///
-/// Throws std::invalid_argument as saveRecordings() does, and if the file has that id already;
-/// RecordingFileError if the file cannot be loaded within `limits`.
+/// Throws std::invalid_argument as saveRecordings() does, and if the file has that id already or
+/// would hold more than `limits` allow; RecordingFileError if the file cannot be loaded within
+/// them. A folder is not searched for the id.
 void appendRecording(const std::filesystem::path& file, const Recording& recording,
                      const RecordingLimits& limits = {});
 
