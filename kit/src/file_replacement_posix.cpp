@@ -143,7 +143,9 @@ SystemFile FileReplacement::State::openTemporary() const {
         opened = open(O_RDWR | O_CREAT);
     }
     if (!opened.isOpen()) {
-        throwSystemError(name);
+        const int problem = errno;
+        const bool isInTheWay = problem == ELOOP || problem == EISDIR;
+        throwSystemError(isInTheWay ? folderOf(name) / temporaryEntry : name, problem);
     }
     return opened;
 }
@@ -171,16 +173,18 @@ void FileReplacement::State::lock() {
     }
 }
 
-// Only a privileged process can give a file away. A new owner clears bits of the mode.
+// Only a privileged process can give a file away. A new owner clears bits of the mode. If the group
+// stays another one, it gets no access.
 void FileReplacement::State::takeOver(const struct stat& old) const {
     const auto give = [this, &old](uid_t owner) {
         return ::fchown(temporary.handle(), owner, old.st_gid) == 0;
     };
     static_cast<void>(give(old.st_uid) || give(static_cast<uid_t>(-1)));
+    const struct stat now = statusOfOpen(temporary, name);
     constexpr mode_t permissions = 07777;
-    const mode_t mode = old.st_mode & permissions;
-    if ((statusOfOpen(temporary, name).st_mode & permissions) != mode &&
-        ::fchmod(temporary.handle(), mode) != 0) {
+    const mode_t withheld = now.st_gid == old.st_gid ? 0 : S_IRWXG;
+    const mode_t mode = old.st_mode & permissions & ~withheld;
+    if ((now.st_mode & permissions) != mode && ::fchmod(temporary.handle(), mode) != 0) {
         throwSystemError(name);
     }
 }
