@@ -115,7 +115,7 @@ std::string fromFileText(std::string_view text) {
     }
     std::string bytes = fromHex(text.substr(hexPrefix.size()));
     if (!needsHex(bytes)) {
-        throw std::invalid_argument("hex: stands where plain text would do");
+        throw std::invalid_argument("hex: stands where plain text would do: " + bytes);
     }
     return bytes;
 }

@@ -3,6 +3,7 @@
 #include <lapwing/kit/statistics.h>
 
 #include "numbers.h"
+#include "recording_format.h"
 
 #include <algorithm>
 #include <cmath>
@@ -50,7 +51,7 @@ std::string knownNames(const TimingProfile& profile) {
     std::string list;
     std::size_t listed = 0;
     for (auto name = names.begin(); name != names.end() && listed < mostListed; ++name, ++listed) {
-        list += (listed == 0 ? "\"" : ", \"") + *name + '"';
+        list += (listed == 0 ? "" : ", ") + inQuotes(*name);
     }
     return listed < names.size() ? list + " and " + std::to_string(names.size() - listed) + " more"
                                  : list;
@@ -60,8 +61,9 @@ void requireKnown(const TimingProfile& profile, const std::vector<std::string>& 
     for (const std::string& name : names) {
         if (profile.samples.count(name) == 0 && profile.notes.count(name) == 0) {
             const std::string known = knownNames(profile);
-            throw std::invalid_argument("no name \"" + name + "\"; there is " +
-                                        (known.empty() ? "none" : known));
+            throw std::invalid_argument(
+                "no name " + inQuotes(name) +
+                (known.empty() ? "; the profile has no names" : "; there is " + known));
         }
     }
 }

@@ -67,7 +67,8 @@ TEST(Shaping, RefusesUnknownNamesAndNumbersOutOfRange) {
     EXPECT_EQ(errorOf([] { (void)lapwing::only(profile, {"a", "x"}); }), expected);
     EXPECT_EQ(errorOf([] { (void)lapwing::without(profile, {"x"}); }), expected);
     TimingProfile many;
-    EXPECT_EQ(errorOf([&] { (void)lapwing::only(many, {"x"}); }), R"(no name "x"; there is none)");
+    EXPECT_EQ(errorOf([&] { (void)lapwing::only(many, {"x"}); }),
+              R"(no name "x"; the profile has no names)");
     for (char name = 'a'; name <= 'w'; ++name) {
         many.notes[std::string(1, name)] = "";
     }

@@ -13,16 +13,16 @@
 /// Annals of Mathematical Statistics 34, 1963). Its interval is the exact interval of the
 /// Mann-Whitney test at 99% (H. B. Mann and D. R. Whitney, "On a Test of Whether one of Two Random
 /// Variables is Stochastically Larger than the Other", Annals of Mathematical Statistics 18, 1947).
-/// Its ends are two of these differences. Equal values are treated as if they differed.
+/// Its ends are two of these differences. There is no correction for ties.
 ///
-/// Every median here is the middle value, or the midpoint of the two middle values, so it may be
-/// half a millisecond off the nearest-rank median of a Summary.
+/// Every median here is the middle value, or the midpoint of the two middle values. The median of a
+/// Summary is nearest-rank: the lower of the two.
 ///
 /// With fewer than five recordings on a side, the verdict is provisional. The samples of each side
 /// are then joined in the order of their recordings (by time, then id) and cut into contiguous
 /// blocks of nearly equal size. The medians of the blocks take the place of the recordings. There
-/// are at most 16 blocks, and no more than the effective number of samples, n (1 - r) / (1 + r): it
-/// is the smaller, the more each sample resembles the one before (G. V. Bayley and J. M.
+/// are at most 16 blocks, and no more than the effective number of samples, n (1 - r) / (1 + r),
+/// which shrinks as neighbouring samples resemble each other more (G. V. Bayley and J. M.
 /// Hammersley, "The 'Effective' Number of Independent Observations in an Autocorrelated Time
 /// Series", Supplement to the Journal of the Royal Statistical Society 8, 1946). Here r is the
 /// lag-1 autocorrelation of the samples' ranks, plus 1 / n, which makes up for its bias; it is kept
@@ -57,8 +57,8 @@ struct Tolerance {
     /// Covers what truncation to whole milliseconds does.
     Milliseconds atLeast{1};
 
-    /// Of the median before, which is that of the recordings' or blocks' medians; four times as
-    /// much for a provisional verdict.
+    /// Percent of the median before: the median of the medians of the recordings or blocks. Four
+    /// times as much for a provisional verdict.
     double percent = 5;
 };
 
@@ -99,7 +99,8 @@ struct Comparison {
     /// The estimated number of recordings on each side that would decide: five for a provisional
     /// verdict and TooFew, else ceil(n (half-width / margin)^2). There, n is the smaller number of
     /// recordings, and the half-width is that of the interval. Since only 64 recordings count, more
-    /// than 64 means that more recordings will not help.
+    /// than 64 means that more recordings will not help. It goes by the width of the interval
+    /// alone: a shift close to the margin needs more than this, and more than there are now.
     ///
     /// Absent if the verdict is decided and not provisional, for one-sided names, and if the margin
     /// is zero.

@@ -16,9 +16,9 @@ namespace lapwing {
 /// Returns the form in which `bytes` stand in a file.
 [[nodiscard]] std::string toFileText(std::string_view bytes);
 
-/// Returns the bytes that stand in a file as `text`. Throws std::invalid_argument if no bytes stand
-/// like that: "hex:" that is not followed by pairs of lowercase hexadecimal digits, or where the
-/// text itself would do, or text that is not UTF-8.
+/// Returns the bytes that stand in a file as `text`. Throws std::invalid_argument if `text` is not
+/// UTF-8, or is "hex:" with anything but pairs of lowercase hexadecimal digits, or with bytes that
+/// plain text could hold.
 [[nodiscard]] std::string fromFileText(std::string_view text);
 
 }  // namespace lapwing

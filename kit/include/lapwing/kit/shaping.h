@@ -2,11 +2,11 @@
 /// Changed copies of profiles. Each function takes a profile and returns a new one; notes are kept
 /// with their names.
 ///
-///     // Replays the worst case of what was recorded, half as fast again.
+///     // Replays the worst case of what was recorded, half as long again.
 ///     emulator.setProfile(lapwing::scaled(lapwing::reducedToPercentile(recorded, 100), 1.5));
 ///
-/// Arguments out of range throw std::invalid_argument. So do names that the profile does not have,
-/// neither with samples nor with a note: the message lists the first of those that it has, sorted.
+/// Arguments out of range throw std::invalid_argument. So do names with neither samples nor a note:
+/// the message lists the first of those that the profile has, sorted.
 /// A name whose samples are empty stays as it is.
 ///
 /// Thread safety: any number of threads may call these functions at once.
