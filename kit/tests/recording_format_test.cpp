@@ -246,6 +246,18 @@ TEST(RecordingFormat, WrapsAtAHundredColumns) {
               std::string::npos);
 }
 
+TEST(RecordingFormat, DoesNotDependOnTheSizeOfItsBlocks) {
+    const std::string text = format({recordingOf("Scan", Samples(400'000, Milliseconds(1234)))});
+    EXPECT_EQ(format(parse(text)), text);
+    std::size_t longest = 0;
+    std::size_t lineStart = 0;
+    for (std::size_t end = 0; (end = text.find('\n', lineStart)) != std::string::npos;
+         lineStart = end + 1) {
+        longest = std::max(longest, end - lineStart);
+    }
+    EXPECT_LE(longest, 100U);
+}
+
 TEST(RecordingFormat, RefusesToWriteWhatItCannotRead) {
     EXPECT_EQ(errorOfWriting("1"), R"(recording "1": the id is there twice)");
     EXPECT_EQ(errorOfWriting(""), R"(recording "": the id is empty)");

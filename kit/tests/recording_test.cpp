@@ -64,6 +64,9 @@ TEST(Recording, MergesByIdInTheOrderOfTimeAndId) {
     EXPECT_EQ(idsOf(merged(both, others)), "ecdba");
     EXPECT_EQ(idsOf(merged(others, some)), "ecdba");
     EXPECT_EQ(idsOf(merged({at(2, "b"), at(1, "a"), at(2, "b")}, {})), "ab");
+    Recording late = at(2, "a");
+    late.recorded += std::chrono::milliseconds(999);
+    EXPECT_EQ(idsOf(merged({at(2, "b")}, {late})), "ab");
 }
 
 TEST(Recording, MergesTheSameIdOnlyWithTheSameContents) {
