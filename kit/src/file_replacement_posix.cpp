@@ -145,7 +145,7 @@ SystemFile FileReplacement::State::openTemporary() const {
     if (!opened.isOpen()) {
         const int problem = errno;
         const bool isInTheWay = problem == ELOOP || problem == EISDIR;
-        throwSystemError(isInTheWay ? folderOf(name) / temporaryEntry : name, problem);
+        throwSystemError(isInTheWay ? name.parent_path() / temporaryEntry : name, problem);
     }
     return opened;
 }

@@ -25,11 +25,10 @@ bool isFolder(const fs::path& file) {
     return fs::is_directory(file, error);
 }
 
-std::vector<Recording> loadFile(const fs::path& file, const RecordingLimits& limits,
-                                const Counted& counted = {}) {
+std::vector<Recording> loadFile(const fs::path& file, const RecordingLimits& limits) {
     InputFile input(file);
     const auto read = [&input](char* buffer, std::size_t size) { return input.read(buffer, size); };
-    return parseRecordings(read, displayName(file), limits, counted);
+    return parseRecordings(read, displayName(file), limits);
 }
 
 std::vector<fs::path> filesIn(const fs::path& folder) {
@@ -71,7 +70,7 @@ public:
     explicit Collection(const RecordingLimits& recordingLimits) : limits(recordingLimits) {}
 
     void add(const fs::path& file) {
-        for (Recording& recording : loadFile(file, limits, counted)) {
+        for (Recording& recording : loadFile(file, limits)) {
             add(std::move(recording), file);
         }
     }
@@ -83,9 +82,19 @@ private:
         const auto [place, isNew] = places.emplace(recording.id, Place{recordings.size(), file});
         if (isNew) {
             count(recording, counted);
+            limit(counted.recordings, limits.recordings, " recordings", file);
+            limit(counted.samples, limits.samples, " samples", file);
             recordings.push_back(std::move(recording));
         } else {
             requireSame(place->second, recording, file);
+        }
+    }
+
+    static void limit(std::size_t count, std::size_t maximum, const char* what,
+                      const fs::path& file) {
+        if (count > maximum) {
+            throw RecordingFileError(displayName(file), 1, 1,
+                                     "the folder has more than " + std::to_string(maximum) + what);
         }
     }
 

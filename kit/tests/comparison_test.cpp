@@ -1,38 +1,31 @@
 #include <lapwing/kit/comparison.h>
 #include <lapwing/kit/shaping.h>
 
+#include "support.h"
+
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
 #include <cmath>
+#include <map>
 #include <numeric>
 #include <random>
-#include <set>
 #include <sstream>
 
+using namespace lapwing;
 using namespace std::chrono_literals;
 
 namespace {
 
-using lapwing::Comparison;
-using lapwing::Recording;
-using lapwing::Tolerance;
-using lapwing::Verdict;
 using Counts = std::vector<std::int64_t>;
 
-// Two recordings each have the same time, so that their ids tell which one is newer.
-Recording recordingAt(int place, const std::vector<Milliseconds>& samples) {
-    const auto time = std::chrono::system_clock::time_point(std::chrono::seconds((place + 1) / 2));
-    return {std::to_string(1000 + place), time, {}, {{}, {{"Scan", samples}}}};
-}
-
-// Recordings of `size` samples each, the last one of what is left. They are not in their order.
+// Recordings of `size` samples each, the last one of what is left. They are not in their order, and
+// some have the same time, so that their ids tell which one is newer.
 std::vector<Recording> recordingsOf(const Counts& counts, std::size_t size = 1) {
     std::vector<Recording> recordings;
     for (std::size_t sample = 0; sample < counts.size(); ++sample) {
         if (sample % size == 0) {
-            recordings.push_back(recordingAt(static_cast<int>(recordings.size()), {}));
+            const auto place = static_cast<int>(recordings.size());
+            recordings.push_back(recording(std::to_string(1000 + place), (place + 1) / 2, {}));
         }
         recordings.back().profile.samples["Scan"].emplace_back(counts[sample]);
     }
@@ -42,13 +35,12 @@ std::vector<Recording> recordingsOf(const Counts& counts, std::size_t size = 1) 
 }
 
 std::string described(const Comparison& row) {
-    constexpr std::array<const char*, 7> verdicts{
-        "slower", "faster", "same", "undecided", "too few", "only before", "only after"};
+    const char* const verdicts[] = {"slower",  "faster",      "same",      "undecided",
+                                    "too few", "only before", "only after"};
     std::ostringstream text;
-    text << verdicts.at(static_cast<std::size_t>(row.verdict));
-    if (row.shift || row.interval) {
-        text << " by " << row.shift.value() << ", " << row.interval.value().low << " to "
-             << row.interval.value().high;
+    text << verdicts[static_cast<int>(row.verdict)];
+    if (row.interval) {
+        text << " by " << *row.shift << ", " << row.interval->low << " to " << row.interval->high;
     }
     text << (row.margin ? ", margin " + std::to_string(std::lround(*row.margin)) : "")
          << (row.needed ? ", needs " + std::to_string(*row.needed) : "")
@@ -56,72 +48,65 @@ std::string described(const Comparison& row) {
     return text.str();
 }
 
-struct Case {
-    Counts before;
-    Counts after;
-    std::string result;
-    Tolerance tolerance = {};
-    std::size_t size = 1;
-};
-
-// With five recordings a side, the interval goes from the smallest to the largest difference; with
-// six blocks, from the third smallest to the third largest.
+// Six recordings before are equal. So the interval goes from the smallest of five recordings after
+// to the largest, and from the third smallest of six blocks to the third largest.
 TEST(Comparison, DecidesByTheWholeInterval) {
-    const Counts five(5, 100);
-    const Counts six(6, 100);
-    const Counts runs{100, 100, 100, 110, 110, 110, 100, 100, 100,
-                      110, 110, 110, 100, 100, 100, 110, 110, 110};
-    const Counts twos{120, 110, 120, 110, 110, 110, 110, 110, 110, 100, 100, 120, 120, 120};
-    Counts outlier = runs;
-    outlier[16] = 1'000'000;
     Counts alternating(32, 100);
     for (std::size_t sample = 0; sample < alternating.size(); sample += 2) {
         alternating[sample] = 200;
     }
-    const Counts fives{9,  90, 13, 14, 90, 9,  90, 13, 14, 90, 9,
-                       90, 13, 14, 90, 9,  90, 13, 14, 90, 1,  2};
     const std::string end = ", margin 20, needs 5, provisional";
-    for (const Case& row :
-         {Case{five, {95, 100, 100, 100, 105}, "same by 0, -5 to 5, margin 5"},
-          Case{five, {95, 100, 100, 100, 106}, "undecided by 0, -5 to 6, margin 5, needs 7"},
-          Case{five, {94, 99, 99, 100, 105}, "undecided by -1, -6 to 5, margin 5, needs 7"},
-          Case{five, {105, 106, 107, 108, 109}, "undecided by 7, 5 to 9, margin 5, needs 1"},
-          Case{five, {106, 106, 107, 108, 109}, "slower by 7, 6 to 9, margin 5"},
-          Case{five, {95, 94, 92, 94, 91}, "undecided by -6, -9 to -5, margin 5, needs 1"},
-          Case{five, {94, 94, 92, 94, 91}, "faster by -6, -9 to -6, margin 5"},
-          Case{{9, 9, 10, 11, 11}, Counts(5, 10), "same by 0, -1 to 1, margin 1"},
-          Case{five,
-               {100, 108, 108, 108, 108, 150},
-               "undecided by 8, 0 to 50, margin 9, needs 39",
-               {9ms, 1}},
-          Case{five, {100, 100, 100, 100, 101}, "undecided by 0, 0 to 1, margin 0", {0ms, 0}},
-          Case{five, fives, "faster by -86, -98.5 to -86, margin 5", {}, 5},
-          Case{six, Counts(6, 120), "same by 20, 20 to 20" + end, {}, 2},
-          Case{six, {121, 119, 123, 120, 122, 118}, "undecided by 20.5, 18 to 23" + end, {}, 5},
-          Case{six, Counts(5, 100), "too few" + end, {}, 2},
-          Case{six, {100}, "too few" + end},
-          Case{six, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10}, "too few" + end, {}, 5},
-          Case{six, {100, 100, 110, 110, 100, 100, 110, 110}, "too few" + end, {}, 2},
-          Case{six, twos, "same by 10, 5 to 20" + end, {}, 4},
-          Case{six, runs, "same by 5, 0 to 10" + end, {}, 7},
-          Case{six, outlier, "same by 5, 0 to 10" + end, {}, 5},
-          Case{six, alternating, "slower by 50, 50 to 50" + end, {}, 8}}) {
+    const struct {
+        Counts after;
+        std::string result;
+        std::size_t size = 1;
+        Tolerance tolerance = {};
+    } rows[] = {
+        {{95, 100, 100, 100, 105}, "same by 0, -5 to 5, margin 5"},
+        {{95, 100, 100, 100, 106}, "undecided by 0, -5 to 6, margin 5, needs 7"},
+        {{94, 99, 99, 100, 105}, "undecided by -1, -6 to 5, margin 5, needs 7"},
+        {{105, 106, 107, 108, 109}, "undecided by 7, 5 to 9, margin 5, needs 1"},
+        {{106, 106, 107, 108, 109}, "slower by 7, 6 to 9, margin 5"},
+        {{95, 94, 92, 94, 91}, "undecided by -6, -9 to -5, margin 5, needs 1"},
+        {{94, 94, 92, 94, 91}, "faster by -6, -9 to -6, margin 5"},
+        {{100, 108, 108, 108, 150}, "undecided by 8, 0 to 50, margin 9, needs 39", 1, {9ms, 1}},
+        {{100, 100, 100, 100, 101}, "undecided by 0, 0 to 1, margin 0", 1, {0ms, 0}},
+        {{9, 90, 10, 10, 9, 90, 10, 10, 9, 90, 10, 10, 9, 90, 10, 10, 1, 2},
+         "faster by -90, -98.5 to -90, margin 5",
+         4},
+        {Counts(6, 120), "same by 20, 20 to 20" + end, 2},
+        {{121, 119, 123, 120, 122, 118}, "undecided by 20.5, 18 to 23" + end, 5},
+        {Counts(5, 100), "too few" + end, 2},
+        {{100}, "too few" + end},
+        {{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}, "too few" + end, 5},
+        {{120, 110, 120, 110, 110, 110, 110, 110, 110, 100, 100, 120, 120, 120},
+         "same by 10, 5 to 20" + end,
+         4},
+        {{100, 100, 100, 110, 110, 110, 100, 100, 100, 110, 110, 110, 100, 100, 100, 110, 1'000'000,
+          110},
+         "same by 5, 0 to 10" + end,
+         5},
+        {alternating, "slower by 50, 50 to 50" + end, 8},
+    };
+    for (const auto& row : rows) {
         const auto after = recordingsOf(row.after, row.size);
-        const auto rows = lapwing::compare(recordingsOf(row.before), after, row.tolerance);
-        EXPECT_EQ(described(rows.at(0)), row.result) << testing::PrintToString(row.after);
-        EXPECT_EQ(rows[0].after->count, row.after.size());
+        const Comparison found = compare(recordingsOf(Counts(6, 100)), after, row.tolerance).at(0);
+        EXPECT_EQ(described(found), row.result);
+        EXPECT_EQ(found.after->count, row.after.size());
     }
+    const auto small = compare(recordingsOf(Counts(6, 10)), recordingsOf({9, 9, 10, 11, 11})).at(0);
+    EXPECT_EQ(described(small), "same by 0, -1 to 1, margin 1");
 }
 
+// All differences are different, and follow each other in steps of one within each recording after.
 TEST(Comparison, TakesTheExactIntervalOfTheNewest64Recordings) {
-    using Sizes = std::array<int, 3>;
-    for (const auto& [before, after, rank] :
-         {Sizes{5, 6, 2}, Sizes{10, 10, 17}, Sizes{20, 20, 106}, Sizes{64, 70, 1510}}) {
+    const int rows[][3] = {{5, 6, 2}, {10, 10, 17}, {20, 20, 106}, {64, 70, 1510}};
+    for (const auto& [before, after, rank] : rows) {
         Counts old(static_cast<std::size_t>(before));
         Counts fresh(static_cast<std::size_t>(after));
         std::iota(old.begin(), old.end(), 0);
         std::generate(fresh.rbegin(), fresh.rend(), [next = -64]() mutable { return next += 64; });
-        const auto row = lapwing::compare(recordingsOf(old), recordingsOf(fresh)).at(0);
+        const auto row = compare(recordingsOf(old), recordingsOf(fresh)).at(0);
         const int whole = (rank - 1) / before;
         const int rest = (rank - 1) % before;
         EXPECT_EQ(row.interval->low, whole * 64 + rest - before + 1) << rank;
@@ -129,75 +114,75 @@ TEST(Comparison, TakesTheExactIntervalOfTheNewest64Recordings) {
     }
 }
 
-TEST(Comparison, ListsNamesOnOneSideOnlyAndRefusesBadMargins) {
-    Recording before = recordingAt(1, {1ms});
-    before.profile.samples["idle"] = {};
-    Recording after = recordingAt(1, {});
+TEST(Comparison, ListsNamesOnOneSideOnly) {
+    Recording after = recording("1", 0, {});
     after.profile.samples["Save"] = {4ms};
-    const auto rows = lapwing::compare({before}, {after});
+    const auto rows = compare({recording("2")}, {after});
     ASSERT_EQ(rows.size(), 2U);
     EXPECT_EQ(rows[0].name + ' ' + described(rows[0]), "Save only after");
     EXPECT_EQ(rows[1].name + ' ' + described(rows[1]), "Scan only before");
     EXPECT_TRUE(rows[0].after && !rows[0].before && rows[1].before && !rows[1].after);
-    for (const Tolerance& bad : {Tolerance{-1ms, 5}, Tolerance{1ms, -0.1}, Tolerance{1ms, HUGE_VAL},
-                                 Tolerance{1ms, std::nan("")}}) {
-        EXPECT_THROW((void)lapwing::compare({}, {}, bad), std::invalid_argument);
-    }
 }
 
-// A thousand operations of about 120 ms: lognormal, with outliers, cut to whole milliseconds. The
-// standard library's distributions differ between systems.
-struct Operations {
+TEST(Comparison, RefusesBadMargins) {
+    for (const double bad : {-0.1, HUGE_VAL, std::nan("")}) {
+        EXPECT_THROW((void)compare({}, {}, {1ms, bad}), std::invalid_argument) << bad;
+    }
+    EXPECT_THROW((void)compare({}, {}, {-1ms, 5}), std::invalid_argument);
+}
+
+// How samples depend on each other, and recordings differ.
+struct Conditions {
     int recordings;
     std::size_t samples;
     double correlation;
     double drift;
-    std::mt19937_64 random{20261121};
-
-    double uniform() { return (static_cast<double>(random() >> 11U) + 0.5) / 9007199254740992; }
-    double normal() {
-        return std::sqrt(-2 * std::log(uniform())) * std::cos(6.283185307179586 * uniform());
-    }
-    std::vector<Milliseconds> run() {
-        const double level = 120 * (1 + drift * normal());
-        double state = normal();
-        std::vector<Milliseconds> durations(samples);
-        for (Milliseconds& duration : durations) {
-            const double time = level * (uniform() < 0.01 ? 3 : 1) * std::exp(0.15 * state);
-            duration = Milliseconds(static_cast<std::int64_t>(time));
-            state = correlation * state + std::sqrt(1 - correlation * correlation) * normal();
-        }
-        return durations;
-    }
-    std::vector<Recording> record() {
-        std::vector<Recording> all;
-        for (int place = 0; place < recordings; ++place) {
-            all.push_back(recordingAt(place, {}));
-            for (int name = 0; name < 1000; ++name) {
-                all.back().profile.samples[std::to_string(name)] = run();
-            }
-        }
-        return all;
-    }
 };
 
-TEST(Comparison, RaisesNoFalseAlarmsAndMissesNoLargeChange) {
-    for (Operations operations : {Operations{10, 40, 0, 0}, Operations{10, 40, 0.9, 0},
-                                  Operations{10, 40, 0, 0.05}, Operations{1, 1000, 0, 0}}) {
-        const auto before = operations.record();
-        auto after = operations.record();
-        const auto count = [&](const std::set<Verdict>& verdicts) {
-            const auto rows = lapwing::compare(before, after);
-            return std::count_if(rows.begin(), rows.end(), [&](const Comparison& row) {
-                return verdicts.count(row.verdict) != 0;
-            });
-        };
-        SCOPED_TRACE(testing::Message() << operations.correlation << ' ' << operations.drift);
-        EXPECT_LE(count({Verdict::Slower, Verdict::Faster}), 15);
-        for (Recording& recording : after) {
-            recording.profile = lapwing::scaled(recording.profile, 1.5);
+// A thousand operations of about 120 ms: lognormal, with outliers, cut to whole milliseconds. The
+// standard library's distributions differ between systems.
+std::vector<Recording> recordingsUnder(const Conditions& conditions, std::mt19937_64& random) {
+    const auto uniform = [&] { return (static_cast<double>(random() >> 11U) + 0.5) / 0x1p53; };
+    const auto normal = [&] {
+        return std::sqrt(-2 * std::log(uniform())) * std::cos(6.283185307179586 * uniform());
+    };
+    const double correlation = conditions.correlation;
+    std::vector<Recording> all;
+    for (int place = 0; place < conditions.recordings; ++place) {
+        all.push_back(recording(std::to_string(place), place, {}));
+        for (int name = 0; name < 1000; ++name) {
+            Durations& durations = all.back().profile.samples[std::to_string(name)];
+            const double level = 120 * (1 + conditions.drift * normal());
+            double state = normal();
+            while (durations.size() < conditions.samples) {
+                const double time = level * (uniform() < 0.01 ? 3 : 1) * std::exp(0.15 * state);
+                durations.emplace_back(static_cast<std::int64_t>(time));
+                state = correlation * state + std::sqrt(1 - correlation * correlation) * normal();
+            }
         }
-        EXPECT_GE(count({Verdict::Slower}), 980);
+    }
+    return all;
+}
+
+TEST(Comparison, RaisesNoFalseAlarmsAndMissesNoLargeChange) {
+    for (const Conditions& conditions : {Conditions{10, 40, 0, 0}, Conditions{10, 40, 0.9, 0},
+                                         Conditions{10, 40, 0, 0.05}, Conditions{1, 1000, 0, 0}}) {
+        SCOPED_TRACE(testing::Message() << conditions.correlation << ' ' << conditions.drift);
+        std::mt19937_64 random(20261121);
+        const auto before = recordingsUnder(conditions, random);
+        auto after = recordingsUnder(conditions, random);
+        const auto counts = [&] {
+            std::map<Verdict, int> verdicts;
+            for (const Comparison& row : compare(before, after)) {
+                ++verdicts[row.verdict];
+            }
+            return verdicts;
+        };
+        EXPECT_LE(counts()[Verdict::Slower] + counts()[Verdict::Faster], 15);
+        for (Recording& each : after) {
+            each.profile = scaled(each.profile, 1.5);
+        }
+        EXPECT_GE(counts()[Verdict::Slower], 980);
     }
 }
 

@@ -1,37 +1,72 @@
-// Folders, files and other processes for the tests.
+// A working folder and other processes for the tests.
 
 #ifndef LAPWING_KIT_TESTS_FILE_SUPPORT_H
 #define LAPWING_KIT_TESTS_FILE_SUPPORT_H
 
+#include <gtest/gtest.h>
+
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <future>
+#include <iterator>
+#include <random>
+#include <set>
 #include <string>
 #include <vector>
 
-using Lines = std::vector<std::string>;
+namespace fs = std::filesystem;
 
-std::string contentsOf(const std::filesystem::path& file);
-void fill(const std::filesystem::path& file, const std::string& contents);
+using Names = std::set<std::string>;
 
-// What a replacement writes to until it is committed.
-std::filesystem::path temporaryOf(const std::filesystem::path& file);
+inline std::string contentsOf(const fs::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
 
-// A folder that everybody may use, until the end of the test.
-struct TemporaryFolder {
-    TemporaryFolder();
-    ~TemporaryFolder();
+inline void fill(const fs::path& file, const std::string& contents) {
+    std::ofstream(file, std::ios::binary) << contents;
+}
 
-    [[nodiscard]] std::filesystem::path operator/(const std::string& name) const {
-        return path / name;
+// What is in the working folder.
+inline Names entries() {
+    Names names;
+    for (const fs::directory_entry& entry : fs::directory_iterator(".")) {
+        names.insert(entry.path().filename().string());
+    }
+    return names;
+}
+
+// Each test works in a new folder, which everybody may use.
+class InNewFolder : public testing::Test {
+protected:
+    InNewFolder() {
+        fs::create_directory(folder);
+        fs::permissions(folder, fs::perms::all);
+        fs::current_path(folder);
+    }
+    ~InNewFolder() override {
+        fs::current_path(previous);
+        fs::remove_all(folder);
     }
 
-    // The names of what is in it, sorted.
-    [[nodiscard]] Lines entries() const;
+    // Runs the program of other_process.cpp eight times at once. The results are 0 if it succeeds.
+    [[nodiscard]] std::vector<std::future<int>> startEight(const std::string& command) const {
+        std::vector<std::future<int>> results;
+        while (results.size() < 8) {
+            const auto run = [line = '"' + program + "\" " + command] {
+                return std::system(line.c_str());
+            };
+            results.push_back(std::async(std::launch::async, run));
+        }
+        return results;
+    }
 
-    const std::filesystem::path path;
+private:
+    const std::string program = fs::absolute(LAPWING_KIT_TESTS_OTHER_PROCESS).string();
+    const fs::path previous = fs::current_path();
+    const fs::path folder =
+        fs::temp_directory_path() / ("lapwing-" + std::to_string(std::random_device()()));
 };
-
-// Runs the program of other_process.cpp; gives its exit code.
-std::future<int> startProcess(const char* command, const std::filesystem::path& file, int number);
 
 #endif  // LAPWING_KIT_TESTS_FILE_SUPPORT_H

@@ -1,60 +1,55 @@
-// What the tests have done by other processes:
-//   append FILE COUNT        appends that many recordings on each of two threads
-//   save FILE MICROSECONDS   replaces the file in turn, and dies that long after the first time
-//   hold FILE MICROSECONDS   writes a part of a new file, tells in FILE.dying, and dies
+// What the tests have done by other processes, to runs.json in the working folder:
+//   append  appends a hundred recordings, half of them by a second thread
+//   save    saves it again and again, in turn with 50,000 samples and with one, and dies meanwhile
 
-#include "other_process.h"
-
-#include "file_replacement.h"
+#include <lapwing/kit/recording_file.h>
 
 #include <chrono>
 #include <cstdlib>
-#include <fstream>
+#include <random>
 #include <string>
 #include <thread>
 
+#ifndef _WIN32
+// What a process wrote outlives it without this, which is slow.
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
+extern "C" int fsync(int /*file*/) {
+    return 0;
+}
+#endif
+
 namespace {
 
-void append(const std::string& file, int count) {
-    for (int number = 0; number < count; ++number) {
-        lapwing::appendRecording(file, lapwing::makeRecording({{}, {{"Scan", {{}}}}}));
+void append() {
+    for (int number = 0; number < 50; ++number) {
+        lapwing::appendRecording("runs.json", lapwing::makeRecording({{}, {{"Scan", {{}}}}}));
     }
 }
 
-// As a kill does: nothing is cleaned up, whatever the other threads are doing.
-[[noreturn]] void dieAfter(int microseconds) {
-    std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
+void save(std::size_t samples) {
+    const std::vector<Milliseconds> durations(samples);
+    lapwing::saveRecordings("runs.json", {{"1", {}, {}, {{}, {{"Scan", durations}}}}});
+}
+
+// As a kill does, this ends the other thread wherever it is.
+void dieSoon() {
+    std::this_thread::sleep_for(std::chrono::microseconds(std::random_device()() % 10'000));
     std::_Exit(0);
-}
-
-void save(const std::string& file, int microseconds) {
-    lapwing::saveRecordings(file, recordingsOf(few));
-    std::thread([microseconds] { dieAfter(microseconds); }).detach();
-    for (;;) {
-        lapwing::saveRecordings(file, recordingsOf(many));
-        lapwing::saveRecordings(file, recordingsOf(few));
-    }
-}
-
-void hold(const std::string& file, int microseconds) {
-    lapwing::FileReplacement replacement(file);
-    replacement.write("part");
-    std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
-    std::ofstream(file + ".dying").flush();
-    dieAfter(0);
 }
 
 }  // namespace
 
-int main(int /*count*/, char** arguments) {
-    const std::string command = arguments[1];
-    const std::string file = arguments[2];
-    const int number = std::stoi(arguments[3]);
-    if (command == "append") {
-        std::thread other([&] { append(file, number); });
-        append(file, number);
+int main(int /*argc*/, char** argv) {
+    if (argv[1] == std::string("append")) {
+        std::thread other(append);
+        append();
         other.join();
-    } else {
-        (command == "save" ? save : hold)(file, number);
+        return 0;
+    }
+    save(1);
+    std::thread(dieSoon).detach();
+    for (;;) {
+        save(50'000);
+        save(1);
     }
 }

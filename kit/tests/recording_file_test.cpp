@@ -1,14 +1,8 @@
 #include <lapwing/kit/recording_file.h>
 
 #include "file_support.h"
-#include "other_process.h"
+#include "support.h"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <functional>
-#include <random>
-#include <set>
 #include <sstream>
 #include <system_error>
 
@@ -16,176 +10,134 @@
 #include <sys/stat.h>
 #endif
 
-namespace fs = std::filesystem;
-using lapwing::loadRecordings;
-using lapwing::Recording;
-using lapwing::RecordingFileError;
-using lapwing::saveRecordings;
+using namespace lapwing;
+using namespace std::chrono_literals;
 
 namespace {
 
-Recording recording(const std::string& id, int seconds = 0, std::size_t samples = 1) {
-    Recording made = recordingsOf(samples).front();
-    made.id = id;
-    made.recorded += std::chrono::seconds(1'795'272'000 + seconds);
-    return made;
+using RecordingFile = InNewFolder;
+
+std::string errorOfLoading(const fs::path& file) {
+    return messageOf<std::runtime_error>([&] { return loadRecordings(file); });
 }
 
-std::string formatted(const std::vector<Recording>& recordings) {
-    std::ostringstream stream;
-    lapwing::writeRecordings(stream, recordings);
-    return stream.str();
-}
-
-Lines idsIn(const fs::path& file) {
-    Lines ids;
-    for (const Recording& each : loadRecordings(file)) {
-        ids.push_back(each.id);
-    }
-    return ids;
-}
-
-template <class Error>
-std::string messageOf(const std::function<void()>& call) {
-    try {
-        call();
-        return "none";
-    } catch (const Error& error) {
-        return error.what();
-    }
-}
-
-TEST(RecordingFile, LosesNothingOfEightProcessesThatAppend) {
-    const TemporaryFolder folder;
-    fs::create_directory(folder / "runs");
-    std::vector<std::future<int>> processes;
-    for (int process = 0; process < 8; ++process) {
-        processes.push_back(startProcess("append", folder / "runs.json", 6));
-        processes.push_back(startProcess("append", folder / "runs", 6));
-    }
-    for (auto& process : processes) {
+TEST_F(RecordingFile, LosesNothingOfEightProcessesThatAppend) {
+    for (std::future<int>& process : startEight("append")) {
         EXPECT_EQ(process.get(), 0);
     }
-    for (const char* target : {"runs.json", "runs"}) {
-        const Lines ids = idsIn(folder / target);
-        EXPECT_EQ(std::set<std::string>(ids.begin(), ids.end()).size(), 8U * 2 * 6) << target;
-    }
-    EXPECT_EQ(folder.entries(), (Lines{"runs", "runs.json"}));
+    EXPECT_EQ(loadRecordings("runs.json").size(), 800U);
+    EXPECT_EQ(entries(), Names{"runs.json"});
 }
 
-TEST(RecordingFile, IsWholeAfterSavingProcessesAreKilled) {
-#ifdef _WIN32
-    constexpr int rounds = 6;
-#else
-    constexpr int rounds = 25;
-#endif
-    const Lines names = {"0", "1", "2", "3", "4", "5", "6", "7"};
-    const std::string whole[] = {formatted(recordingsOf(few)), formatted(recordingsOf(many))};
-    const TemporaryFolder folder;
-    std::mt19937 random(1);
-    std::uniform_int_distribution<int> microseconds(0, 40'000);
-    int leftBehind = 0;
-    for (int round = 0; round < rounds; ++round) {
-        std::vector<std::future<int>> processes;
-        for (const std::string& name : names) {
-            processes.push_back(startProcess("save", folder / name, microseconds(random)));
+// Each process dies somewhere within 10 ms, while others wait for it.
+TEST_F(RecordingFile, IsCompleteForReadersAndAfterSavingProcessesDie) {
+    saveRecordings("runs.json", {recording("1")});
+    int leftovers = 0;
+    for (int round = 0; round < 40; ++round) {
+        for (std::future<int>& process : startEight("save")) {
+            do {
+                const auto samples = loadRecordings("runs.json").at(0).profile.samples.at("Scan");
+                EXPECT_TRUE(samples.size() == 1 || samples.size() == 50'000) << samples.size();
+            } while (process.wait_for(0s) != std::future_status::ready);
+            EXPECT_EQ(process.get(), 0);
         }
-        for (std::size_t index = 0; index < names.size(); ++index) {
-            EXPECT_EQ(processes[index].get(), 0);
-            const std::string found = contentsOf(folder / names[index]);
-            EXPECT_TRUE(found == whole[0] || found == whole[1]) << found.size();
-            leftBehind += fs::exists(temporaryOf(folder / names[index])) ? 1 : 0;
-        }
+        EXPECT_EQ(loadRecordings("runs.json").size(), 1U);
+        leftovers += entries().size() > 1 ? 1 : 0;
     }
-    EXPECT_GT(leftBehind, 0) << "no process was killed while it saved";
-    for (const std::string& name : names) {
-        saveRecordings(folder / name, recordingsOf(few));
-    }
-    EXPECT_EQ(folder.entries(), names);
+    EXPECT_GT(leftovers, 0) << "no process died while it saved";
+    saveRecordings("runs.json", {recording("1")});
+    EXPECT_EQ(entries(), Names{"runs.json"});
 }
 
-TEST(RecordingFile, CombinesTheFilesOfAFolder) {
-    const TemporaryFolder folder;
-    const auto expectError = [&](const std::string& message) {
-        const std::string found = messageOf<RecordingFileError>([&] { idsIn(folder.path); });
-        EXPECT_EQ(found.find((folder / "b.json:1:").string() + message), 0U) << found;
-    };
-    saveRecordings(folder / "a.json", {recording("late", 9), recording("both", 5)});
-    saveRecordings(folder / "b.json", {recording("both", 5), recording("early", 1)});
-    fs::create_directory(folder / "below.json");
-    fill(folder / "below.json" / "c.json", "not looked at");
-    fill(folder / "notes.txt", "not looked at");
-    EXPECT_EQ(idsIn(folder.path), (Lines{"early", "both", "late"}));
-    saveRecordings(folder / "b.json", {recording("both", 6)});
-    expectError("1: two recordings with the id \"both\"");
-    fill(folder / "b.json", "[");
-    expectError("");
-#ifndef _WIN32
-    fs::remove(folder / "b.json");
-    mkfifo((folder / "b.json").c_str(), 0666);
-    expectError("1: not a regular file");
-#endif
+TEST_F(RecordingFile, CombinesTheFilesOfAFolder) {
+    saveRecordings("a.json", {recording("late", 9), recording("both", 5)});
+    saveRecordings("b.json", {recording("both", 5), recording("early", -1)});
+    fs::create_directory("below.json");
+    fill("below.json/c.json", "not looked at");
+    fill("notes.txt", "not looked at");
+    EXPECT_EQ(idsOf(loadRecordings(".")), "early both late ");
+
+    const std::string file = (fs::path(".") / "b.json").string();
+    saveRecordings("b.json", {recording("both", 6)});
+    EXPECT_EQ(errorOfLoading("."),
+              file + R"(:1:1: two recordings with the id "both" have different contents; )" +
+                  "the other is in " + (fs::path(".") / "a.json").string());
+    fill("b.json", "[]");
+    EXPECT_EQ(errorOfLoading("."), file + ":1:1: the file must be an object, not an array");
 }
 
-TEST(RecordingFile, CountsTheLimitsOverAWholeFolder) {
-    const TemporaryFolder folder;
-    saveRecordings(folder / "a.json", {recording("1", 1, 3), recording("2", 2, 3)});
-    saveRecordings(folder / "b.json", {recording("3", 3, 4)});
-    lapwing::RecordingLimits limits;
+TEST_F(RecordingFile, CountsTheLimitsOverAWholeFolder) {
+    saveRecordings("a.json", {recording("1", 1, Durations(3)), recording("2", 2, Durations(3))});
+    saveRecordings("b.json", {recording("3", 3, Durations(4)), recording("2", 2, Durations(3))});
+    RecordingLimits limits;
+    limits.recordings = 3;
     limits.samples = 10;
-    limits.recordings = 3;
-    EXPECT_EQ(loadRecordings(folder.path, limits).size(), 3U);
+    EXPECT_EQ(idsOf(loadRecordings(".", limits)), "1 2 3 ");
     limits.recordings = 2;
-    EXPECT_THROW(static_cast<void>(loadRecordings(folder.path, limits)), RecordingFileError);
-    limits.recordings = 3;
-    limits.samples = 9;
-    EXPECT_THROW(static_cast<void>(loadRecordings(folder.path, limits)), RecordingFileError);
+    EXPECT_THROW((void)loadRecordings(".", limits), RecordingFileError);
+    EXPECT_THROW(appendRecording("a.json", recording("4"), limits), std::invalid_argument);
+    EXPECT_EQ(idsOf(loadRecordings("a.json")), "1 2 ");
+    limits = {limits.bytes, 3, 1, 1, 9};
+    EXPECT_THROW((void)loadRecordings(".", limits), RecordingFileError);
 }
 
-TEST(RecordingFile, AppendsToAFolderOneFileEach) {
-    const TemporaryFolder folder;
+TEST_F(RecordingFile, AppendsToAFolderOneFileEach) {
     const std::string longId(70, 'x');
-    const std::string longName = "20261121T144000Z-" + std::string(64, 'x');
-    for (const std::string& id : {std::string("a/b"), std::string("a.b"), longId, longId + "y"}) {
-        appendRecording(folder.path, recording(id));
-        EXPECT_THROW(appendRecording(folder.path, recording(id)), std::invalid_argument);
+    for (const std::string& id : {std::string("a/b"), std::string("a.b"), longId}) {
+        appendRecording(".", recording(id, 1'795'272'000));
+        EXPECT_THROW(appendRecording(".", recording(id, 1'795'272'000)), std::invalid_argument);
     }
-    EXPECT_EQ(folder.entries(), (Lines{"20261121T144000Z-a_b-2.json", "20261121T144000Z-a_b.json",
-                                       longName + "-2.json", longName + ".json"}));
-    EXPECT_EQ(idsIn(folder.path), (Lines{"a.b", "a/b", longId, longId + "y"}));
+    EXPECT_EQ(entries(), (Names{"20261121T144000Z-a_b.json", "20261121T144000Z-a_b-2.json",
+                                "20261121T144000Z-" + std::string(64, 'x') + ".json"}));
+    EXPECT_EQ(idsOf(loadRecordings(".")), "a.b a/b " + longId + ' ');
 }
 
-TEST(RecordingFile, ChangesNothingWhenItRefuses) {
-    const TemporaryFolder folder;
-    const fs::path file = folder / "runs.json";
+TEST_F(RecordingFile, ChangesNothingWhenItRefuses) {
     const Recording known = recording("known");
-    appendRecording(file, known);
-    EXPECT_THROW(saveRecordings(file, {known, known}), std::invalid_argument);
-    EXPECT_THROW(saveRecordings(folder.path, {known}), std::invalid_argument);
-    for (const fs::path& target : {file, folder / "new.json", folder.path}) {
+    appendRecording("runs.json", known);
+    const std::pair<std::string, std::string> badIds[] = {
+        {"known", R"(recording "known": the id is there twice)"},
+        {"", R"(recording "": the id is empty)"},
+        {"a\nb", R"(recording "a\nb": the id has control characters)"},
+        {"\xFF", "recording \"\xEF\xBF\xBD\": the id is not UTF-8"}};
+    for (const auto& [id, error] : badIds) {
+        const auto save = [&, bad = recording(id)] { saveRecordings("runs.json", {known, bad}); };
+        EXPECT_EQ(messageOf<std::invalid_argument>(save), error);
+    }
+    for (const char* target : {"runs.json", "new.json", "."}) {
         EXPECT_THROW(appendRecording(target, recording("")), std::invalid_argument) << target;
     }
-    EXPECT_EQ(messageOf<std::invalid_argument>([&] { appendRecording(file, known); }),
-              file.string() + ": already has a recording \"known\"");
-    EXPECT_EQ(contentsOf(file), formatted({known}));
-    fill(file, "[");
-    EXPECT_THROW(appendRecording(file, recording("new")), RecordingFileError);
-    EXPECT_EQ(contentsOf(file), "[");
-    EXPECT_EQ(folder.entries(), Lines{"runs.json"});
-    const std::string missing = messageOf<std::system_error>([&] { idsIn(folder / "missing"); });
-    EXPECT_EQ(missing.find((folder / "missing: ").string()), 0U) << missing;
+    EXPECT_EQ(messageOf<std::invalid_argument>([&] { appendRecording("runs.json", known); }),
+              R"(runs.json: already has a recording "known")");
+    EXPECT_EQ(contentsOf("runs.json"), format({known}));
+    fill("runs.json", "[");
+    EXPECT_THROW(appendRecording("runs.json", known), RecordingFileError);
+    EXPECT_EQ(contentsOf("runs.json"), "[");
+    EXPECT_EQ(entries(), Names{"runs.json"});
+    EXPECT_EQ(errorOfLoading("missing.json").substr(0, 14), "missing.json: ");
 }
 
-TEST(RecordingFile, ReadsStreams) {
-    const std::string text = formatted({recording("1"), recording("2", 1, 100'000)});
-    std::istringstream stream(text);
-    EXPECT_EQ(formatted(lapwing::readRecordings(stream, "input")), text);
-    stream.str("{");
-    stream.clear();
-    const auto read = [&] { static_cast<void>(lapwing::readRecordings(stream, "input")); };
-    EXPECT_EQ(messageOf<RecordingFileError>(read).find("input:1:"), 0U);
+TEST_F(RecordingFile, RefusesWhatIsNotARegularFile) {
+    fs::create_directory("folder");
+    Names targets = {"folder", "folder/", "folder/."};
+#ifndef _WIN32
+    mkfifo("pipe.json", 0666);
+    targets.insert({"pipe.json", "/dev/null"});
+    EXPECT_EQ(errorOfLoading("."), "./pipe.json:1:1: not a regular file");
+#endif
+    const Names before = entries();
+    for (const std::string& target : targets) {
+        const auto save = [&] { saveRecordings(target, {}); };
+        EXPECT_EQ(messageOf<std::invalid_argument>(save), target + ": not a regular file");
+    }
+    EXPECT_EQ(entries(), before);
+    EXPECT_TRUE(fs::is_empty("folder"));
+}
+
+TEST(RecordingStream, ThrowsIfReadingFails) {
+    std::istringstream stream;
     stream.setstate(std::ios::badbit);
-    EXPECT_THROW(read(), std::system_error);
+    EXPECT_THROW((void)readRecordings(stream, "input"), std::system_error);
 }
 
 }  // namespace

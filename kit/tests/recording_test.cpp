@@ -1,100 +1,73 @@
 #include <lapwing/kit/recording.h>
 
+#include "support.h"
+
 #include <gtest/gtest.h>
 
 #include <stdexcept>
 
-using lapwing::flattened;
-using lapwing::makeRecording;
-using lapwing::merged;
-using lapwing::Recording;
+using namespace lapwing;
+using namespace std::chrono_literals;
 
 namespace {
 
-using Samples = std::vector<Milliseconds>;
-
-Recording at(int seconds, const std::string& id, const Samples& samples = {Milliseconds(1)}) {
-    Recording recording;
-    recording.id = id;
-    recording.recorded += std::chrono::seconds(seconds);
-    recording.profile.samples["Scan"] = samples;
-    return recording;
-}
-
-std::string idsOf(const std::vector<Recording>& recordings) {
-    std::string ids;
-    for (const Recording& recording : recordings) {
-        ids += recording.id;
-    }
-    return ids;
-}
-
-std::string errorOfMerging(const Recording& first, const Recording& second) {
-    try {
-        static_cast<void>(merged({first}, {second}));
-    } catch (const std::invalid_argument& error) {
-        return error.what();
-    }
-    return "merged";
-}
-
-}  // namespace
-
 TEST(Recording, IsMadeWithAFreshIdAndTheTime) {
-    const auto before = std::chrono::system_clock::now();
-    const Recording recording = makeRecording({});
-    const auto second = std::chrono::floor<std::chrono::seconds>(recording.recorded);
-    EXPECT_EQ(recording.recorded, second);
-    EXPECT_LE(std::chrono::floor<std::chrono::seconds>(before), recording.recorded);
-    EXPECT_LE(recording.recorded, std::chrono::system_clock::now());
-    EXPECT_EQ(recording.id.size(), 32U);
-    EXPECT_EQ(recording.id.find_first_not_of("0123456789abcdef"), std::string::npos);
-    EXPECT_NE(recording.id, makeRecording({}).id);
+    TimingProfile profile;
+    profile.notes["Scan"] = "cold";
+    const auto before = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+    const Recording made = makeRecording(profile, {{"build", "41"}});
+    EXPECT_EQ(made.recorded, std::chrono::floor<std::chrono::seconds>(made.recorded));
+    EXPECT_LE(before, made.recorded);
+    EXPECT_LE(made.recorded, std::chrono::system_clock::now());
+    EXPECT_EQ(made.labels.at("build"), "41");
+    EXPECT_EQ(made.profile.notes, profile.notes);
+    EXPECT_EQ(made.id.size(), 32U);
+    EXPECT_EQ(made.id.find_first_not_of("0123456789abcdef"), std::string::npos);
+    EXPECT_NE(made.id, makeRecording(profile).id);
 }
 
 TEST(Recording, MergesByIdInTheOrderOfTimeAndId) {
-    const std::vector<Recording> some = {at(3, "a"), at(1, "d"), at(2, "b")};
-    const std::vector<Recording> others = {at(1, "d"), at(1, "c"), at(-1, "e"), at(3, "a")};
+    const std::vector<Recording> some = {recording("a", 3), recording("d", 1), recording("b", 2),
+                                         recording("a", 3)};
+    const std::vector<Recording> others = {recording("d", 1), recording("c", 1),
+                                           recording("e", -1)};
     const std::vector<Recording> both = merged(some, others);
-    EXPECT_EQ(idsOf(both), "ecdba");
-    EXPECT_EQ(idsOf(merged(both, others)), "ecdba");
-    EXPECT_EQ(idsOf(merged(others, some)), "ecdba");
-    EXPECT_EQ(idsOf(merged({at(2, "b"), at(1, "a"), at(2, "b")}, {})), "ab");
-    Recording late = at(2, "a");
-    late.recorded += std::chrono::milliseconds(999);
-    EXPECT_EQ(idsOf(merged({at(2, "b")}, {late})), "ab");
+    EXPECT_EQ(idsOf(both), "e c d b a ");
+    EXPECT_EQ(idsOf(merged(both, others)), "e c d b a ");
+    EXPECT_EQ(idsOf(merged(others, some)), "e c d b a ");
 }
 
 TEST(Recording, MergesTheSameIdOnlyWithTheSameContents) {
-    const Recording original = at(1, "a\n");
+    const Recording original = recording("a\n", 1);
     Recording same = original;
-    same.recorded += std::chrono::milliseconds(999);
+    same.recorded += 999ms;
     same.profile.samples["without samples"] = {};
-    EXPECT_EQ(idsOf(merged({original}, {same})), "a\n");
-    EXPECT_EQ(idsOf(merged({same}, {original})), "a\n");
+    EXPECT_EQ(idsOf(merged({original}, {same})), "a\n ");
+    EXPECT_EQ(idsOf(merged({same}, {original})), "a\n ");
 
     std::vector<Recording> others(6, original);
-    others[0].recorded += std::chrono::seconds(1);
+    others[0].recorded += 1s;
     others[1].labels["build"] = "";
     others[2].profile.notes["Scan"] = "";
     others[3].profile.samples["Scan"].emplace_back(1);
-    others[4].profile.samples["Load"] = {Milliseconds(1)};
-    others[5].profile.samples = {{"Load", {Milliseconds(1)}}};
+    others[4].profile.samples["Load"] = {1ms};
+    others[5].profile.samples = {{"Load", {1ms}}};
     for (const Recording& other : others) {
-        EXPECT_EQ(errorOfMerging(original, other),
+        EXPECT_EQ(messageOf<std::invalid_argument>([&] { return merged({original}, {other}); }),
                   R"(two recordings with the id "a\n" have different contents)");
     }
 }
 
 TEST(Recording, FlattensInTheOrderGiven) {
-    std::vector<Recording> recordings = {at(2, "b", {Milliseconds(5), Milliseconds(4)}),
-                                         at(1, "a", {Milliseconds(3)})};
+    std::vector<Recording> recordings = {recording("b", 2, {5ms, 4ms}), recording("a", 1, {3ms})};
     recordings[0].profile.notes["Scan"] = "first";
-    recordings[1].profile.notes["Scan"] = "second";
-    recordings[1].profile.notes["Load"] = "other";
+    recordings[1].profile.notes = {{"Scan", "second"}, {"Load", "other"}};
+    recordings[1].profile.samples["Load"] = {7ms};
     const TimingProfile profile = flattened(recordings);
-    EXPECT_EQ(profile.samples.at("Scan"),
-              (Samples{Milliseconds(5), Milliseconds(4), Milliseconds(3)}));
+    EXPECT_EQ(profile.samples.at("Scan"), (Durations{5ms, 4ms, 3ms}));
+    EXPECT_EQ(profile.samples.at("Load"), Durations{7ms});
     EXPECT_EQ(profile.notes.at("Scan"), "first");
     EXPECT_EQ(profile.notes.at("Load"), "other");
 }
+
+}  // namespace
