@@ -136,7 +136,8 @@ TEST(RecordingFormat, RefusesWhatItDoesNotAllow) {
     for (const auto& [text, error] : refusals) {
         const std::string found = errorOf(text);
         EXPECT_EQ(found.substr(0, 10 + error.size()), "runs.json:" + error) << text;
-        EXPECT_EQ(messageOf<RecordingFileError>([&] { return parseInParts(text, 1); }), found);
+        const auto parseByByte = [&bytes = text] { return parseInParts(bytes, 1); };
+        EXPECT_EQ(messageOf<RecordingFileError>(parseByByte), found);
     }
 }
 
