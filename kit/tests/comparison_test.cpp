@@ -10,6 +10,7 @@
 #include <numeric>
 #include <random>
 #include <sstream>
+#include <tuple>
 
 using namespace lapwing;
 using namespace std::chrono_literals;
@@ -77,7 +78,6 @@ TEST(Comparison, DecidesByTheWholeInterval) {
         {Counts(6, 120), "same by 20, 20 to 20" + end, 2},
         {{121, 119, 123, 120, 122, 118}, "undecided by 20.5, 18 to 23" + end, 5},
         {Counts(5, 100), "too few" + end, 2},
-        {{100}, "too few" + end},
         {{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}, "too few" + end, 5},
         {{120, 110, 120, 110, 110, 110, 110, 110, 110, 100, 100, 120, 120, 120},
          "same by 10, 5 to 20" + end,
@@ -125,36 +125,28 @@ TEST(Comparison, ListsNamesOnOneSideOnly) {
 }
 
 TEST(Comparison, RefusesBadMargins) {
-    for (const double bad : {-0.1, HUGE_VAL, std::nan("")}) {
-        EXPECT_THROW((void)compare({}, {}, {1ms, bad}), std::invalid_argument) << bad;
+    for (const Tolerance& bad : {Tolerance{-1ms, 5}, Tolerance{1ms, -0.1}, Tolerance{1ms, HUGE_VAL},
+                                 Tolerance{1ms, NAN}}) {
+        EXPECT_THROW((void)compare({}, {}, bad), std::invalid_argument);
     }
-    EXPECT_THROW((void)compare({}, {}, {-1ms, 5}), std::invalid_argument);
 }
-
-// How samples depend on each other, and recordings differ.
-struct Conditions {
-    int recordings;
-    std::size_t samples;
-    double correlation;
-    double drift;
-};
 
 // A thousand operations of about 120 ms: lognormal, with outliers, cut to whole milliseconds. The
 // standard library's distributions differ between systems.
-std::vector<Recording> recordingsUnder(const Conditions& conditions, std::mt19937_64& random) {
+std::vector<Recording> simulated(int recordings, std::size_t samples, double correlation,
+                                 double drift, std::mt19937_64& random) {
     const auto uniform = [&] { return (static_cast<double>(random() >> 11U) + 0.5) / 0x1p53; };
     const auto normal = [&] {
         return std::sqrt(-2 * std::log(uniform())) * std::cos(6.283185307179586 * uniform());
     };
-    const double correlation = conditions.correlation;
     std::vector<Recording> all;
-    for (int place = 0; place < conditions.recordings; ++place) {
+    for (int place = 0; place < recordings; ++place) {
         all.push_back(recording(std::to_string(place), place, {}));
         for (int name = 0; name < 1000; ++name) {
             Durations& durations = all.back().profile.samples[std::to_string(name)];
-            const double level = 120 * (1 + conditions.drift * normal());
+            const double level = 120 * (1 + drift * normal());
             double state = normal();
-            while (durations.size() < conditions.samples) {
+            while (durations.size() < samples) {
                 const double time = level * (uniform() < 0.01 ? 3 : 1) * std::exp(0.15 * state);
                 durations.emplace_back(static_cast<std::int64_t>(time));
                 state = correlation * state + std::sqrt(1 - correlation * correlation) * normal();
@@ -165,12 +157,13 @@ std::vector<Recording> recordingsUnder(const Conditions& conditions, std::mt1993
 }
 
 TEST(Comparison, RaisesNoFalseAlarmsAndMissesNoLargeChange) {
-    for (const Conditions& conditions : {Conditions{10, 40, 0, 0}, Conditions{10, 40, 0.9, 0},
-                                         Conditions{10, 40, 0, 0.05}, Conditions{1, 1000, 0, 0}}) {
-        SCOPED_TRACE(testing::Message() << conditions.correlation << ' ' << conditions.drift);
+    const std::tuple<int, std::size_t, double, double> conditions[] = {
+        {10, 40, 0, 0}, {10, 40, 0.9, 0}, {10, 40, 0, 0.05}, {1, 1000, 0, 0}};
+    for (const auto& [recordings, samples, correlation, drift] : conditions) {
+        SCOPED_TRACE(testing::Message() << samples << ' ' << correlation << ' ' << drift);
         std::mt19937_64 random(20261121);
-        const auto before = recordingsUnder(conditions, random);
-        auto after = recordingsUnder(conditions, random);
+        const auto before = simulated(recordings, samples, correlation, drift, random);
+        auto after = simulated(recordings, samples, correlation, drift, random);
         const auto counts = [&] {
             std::map<Verdict, int> verdicts;
             for (const Comparison& row : compare(before, after)) {

@@ -52,12 +52,10 @@ protected:
 
     // Runs the program of other_process.cpp eight times at once. The results are 0 if it succeeds.
     [[nodiscard]] std::vector<std::future<int>> startEight(const std::string& command) const {
-        std::vector<std::future<int>> results;
-        while (results.size() < 8) {
-            const auto run = [line = '"' + program + "\" " + command] {
-                return std::system(line.c_str());
-            };
-            results.push_back(std::async(std::launch::async, run));
+        const std::string line = '"' + program + "\" " + command;
+        std::vector<std::future<int>> results(8);
+        for (std::future<int>& result : results) {
+            result = std::async(std::launch::async, [line] { return std::system(line.c_str()); });
         }
         return results;
     }

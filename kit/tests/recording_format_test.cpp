@@ -39,18 +39,14 @@ const std::string wrapped = head + R"(
 )";
 
 const std::string hostile = head + R"(
-  {"id": "\"\\ ä hex:", "recorded": "2100-03-01T00:00:00Z",
+  {"id": "\"\\ ä hex:", "recorded": "1700-03-01T00:00:00Z",
    "labels": {"": "", "\"\\/\n\u001f": "\"\\/\n\u001f", "a\u0000b": "a\u0000b"},
    "notes": {"hex:6865783a": "hex:c080", "é": ""},
    "samples": {
     "": [-9223372036854775808, 9223372036854775807],
     "\\": [0],
     "hex:ff": [0],
-    "é": [0]}},
-  {"id": "2", "recorded": "1700-01-01T00:00:00Z",
-   "labels": {},
-   "notes": {},
-   "samples": {}}]}
+    "é": [0]}}]}
 )";
 
 // The example with one text in the place of another.
@@ -64,7 +60,12 @@ std::string errorOf(const std::string& text, const RecordingLimits& limits = {})
 }
 
 TEST(RecordingFormat, RoundTripsByteForByte) {
-    for (const std::string& text : {head + "]}\n", example, wrapped, hostile}) {
+    std::string large = wrapped;
+    const std::size_t line = wrapped.find("      1234");
+    for (int copy = 0; copy < 3000; ++copy) {
+        large.insert(line, wrapped, line, 101);
+    }
+    for (const std::string& text : {head + "]}\n", example, wrapped, hostile, large}) {
         EXPECT_EQ(format(parse(text)), text);
         EXPECT_EQ(format(parseInParts(text, 1)), text);
     }
@@ -84,13 +85,8 @@ TEST(RecordingFormat, HoldsRecordings) {
     equivalent[1].recorded += 999ms;
     equivalent[1].profile.samples["without samples"] = {};
     EXPECT_EQ(format(equivalent), example);
-}
-
-TEST(RecordingFormat, TakesMembersInAnyOrder) {
-    const std::string text = R"({"recordings": [{"samples": {"a": [1]}, "notes": {}, "id": "1",
-        "labels": {}, "recorded": "2000-02-29T00:00:00Z"}], "unit": "ms", "version": 1,
-        "format": "lapwing-recordings"})";
-    EXPECT_EQ(parse(text).at(0).profile.samples.at("a"), Durations{1ms});
+    const std::string otherOrder = R"("notes": {}, "labels": {})";
+    EXPECT_EQ(format(parse(with("\"labels\": {},\n   \"notes\": {}", otherOrder))), example);
 }
 
 TEST(RecordingFormat, RefusesWhatItDoesNotAllow) {
@@ -108,7 +104,6 @@ TEST(RecordingFormat, RefusesWhatItDoesNotAllow) {
         {with("lapwing-recordings", "other"),
          R"(1:18: format must be "lapwing-recordings", not "other")"},
         {with("1", "2"), "1:46: version must be 1, not 2, which is newer"},
-        {with("1", "0"), "1:46: version must be 1, not 0"},
         {with("\"ms\"", "\"s\""), R"(1:58: unit must be "ms", not "s")"},
         {with(R"("unit": "ms", )", ""), "11:19: \"unit\" is missing"},
         {with(",\n   \"labels\": {}", ""), "10:17: \"labels\" is missing"},
@@ -129,7 +124,7 @@ TEST(RecordingFormat, RefusesWhatItDoesNotAllow) {
         {with("-7", "1" + std::string(400, '0')), "6:415: " + badSample + "1000"},
         {with("\"bench-3\"", "{}"), "3:26: a label must be text, not an object"},
         {with("\"cold start\"", "[]"), "4:22: a note must be text, not an array"},
-        {with("Load", "hex:4c"), "6:12: hex: stands where plain text would do"},
+        {with("Load", "hex:4c"), "6:12: hex: stands where plain text would do: L"},
         {with("2026-11-21T", "2026-11-21 "), badTime},
         {with("2026-11-21", "2025-02-29"), badTime},
     };
