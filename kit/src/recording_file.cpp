@@ -240,15 +240,15 @@ void appendRecording(const fs::path& file, const Recording& recording,
 
 std::vector<Recording> readRecordings(std::istream& stream, const std::string& name,
                                       const RecordingLimits& limits) {
-    const std::system_error unreadable(std::make_error_code(std::errc::io_error), name);
-    if (!stream) {
-        throw unreadable;
-    }
+    const auto require = [&name](bool isReadable) {
+        if (!isReadable) {
+            throw std::system_error(std::make_error_code(std::errc::io_error), name);
+        }
+    };
+    require(!stream.fail());
     const auto read = [&](char* buffer, std::size_t size) {
         stream.read(buffer, static_cast<std::streamsize>(size));
-        if (stream.bad()) {
-            throw unreadable;
-        }
+        require(!stream.bad());
         return static_cast<std::size_t>(stream.gcount());
     };
     return parseRecordings(read, name, limits);

@@ -52,7 +52,7 @@ using FileReplacement = InNewFolder;
 std::string errorOfReplacing(const fs::path& file) {
     const uid_t user = geteuid();
     EXPECT_EQ(seteuid(user == 0 ? 65534 : user), 0);
-    const std::string error = messageOf<std::exception>([&] {
+    std::string error = messageOf<std::exception>([&] {
         lapwing::FileReplacement replacement(file);
         replacement.write("new");
         replacement.commit();

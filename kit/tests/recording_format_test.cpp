@@ -148,7 +148,7 @@ TEST(RecordingFormat, RefusesMoreThanTheLimits) {
     EXPECT_EQ(errorOf(example, {size, 2, 2, 3, 4}), "runs.json:2:15: more than 3 bytes in a text");
     EXPECT_EQ(errorOf(example, {size, 2, 2, 10, 3}), "runs.json:7:27: more than 3 samples");
     std::string longest = "hex:";
-    longest.append(2 * (64U << 10U), 'f');
+    longest.append(131'072, 'f');  // 64 KiB
     EXPECT_EQ(errorOf(with("cold start", longest)), "nothing was thrown");
     EXPECT_NE(errorOf("{" + std::string(3U << 20U, '\n')).find("bytes without a value"),
               std::string::npos);
