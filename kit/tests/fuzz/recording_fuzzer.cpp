@@ -1,7 +1,7 @@
 // Feeds any bytes to the reader. Only RecordingFileError may leave it, and what it accepts must
 // come back the same from a file of its own.
 
-#include "support.h"
+#include "../support.h"
 
 #include <cstdint>
 #include <cstdlib>
