@@ -18,11 +18,11 @@ import subprocess
 import sys
 from pathlib import Path
 
-ROUNDS = 7
+ROUNDS = 5
 REPETITIONS = 15
 REPETITIONS_OF_GROWTH = 3
 SECONDS_PER_REPETITION = 0.02
-MILLISECONDS_PER_REPLAY = 4000
+MILLISECONDS_PER_REPLAY = 2000
 GROWTHS = {
     "samples under one name": ("samples", "cost per sample (ns)", "bytes per sample"),
     "names": ("names", "cost per call (ns)", None),
