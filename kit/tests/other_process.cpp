@@ -1,6 +1,7 @@
 // What the tests have done by other processes, to runs.json in the working folder:
 //   append  appends a hundred recordings, half of them by a second thread
 //   save    saves it again and again, in turn with 50,000 samples and with one, and dies meanwhile
+//   die     dies in the middle of saving it (not on Windows)
 
 #include <lapwing/kit/recording_file.h>
 
@@ -10,10 +11,19 @@
 #include <string>
 #include <thread>
 
+namespace {
+
+bool diesWhenItFlushes = false;
+
+}  // namespace
+
 #ifndef _WIN32
 // What a process wrote outlives it without this, which is slow.
 // NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
 extern "C" int fsync(int /*file*/) {
+    if (diesWhenItFlushes) {
+        std::_Exit(0);
+    }
     return 0;
 }
 #endif
@@ -46,6 +56,7 @@ int main(int /*argc*/, char** argv) {
         other.join();
         return 0;
     }
+    diesWhenItFlushes = argv[1] == std::string("die");
     save(1);
     std::thread(dieSoon).detach();
     for (;;) {

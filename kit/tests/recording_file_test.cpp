@@ -46,6 +46,17 @@ TEST_F(RecordingFile, IsCompleteForReadersAndAfterSavingProcessesDie) {
     EXPECT_EQ(entries(), Names{"runs.json"});
 }
 
+#ifndef _WIN32
+TEST_F(RecordingFile, RemovesWhatADeadProcessLeftAndTakesOverItsLock) {
+    for (std::future<int>& process : startEight("die")) {
+        EXPECT_EQ(process.get(), 0);
+    }
+    EXPECT_EQ(entries(), Names{".runs.json.lapwing-new"});
+    saveRecordings("runs.json", {recording("1")});
+    EXPECT_EQ(entries(), Names{"runs.json"});
+}
+#endif
+
 TEST_F(RecordingFile, CombinesTheFilesOfAFolder) {
     saveRecordings("a.json", {recording("late", 9), recording("both", 5)});
     saveRecordings("b.json", {recording("both", 5), recording("early", -1)});

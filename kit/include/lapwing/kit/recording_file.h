@@ -66,9 +66,10 @@ struct RecordingLimits {
                                                     const RecordingLimits& limits = {});
 
 /// Replaces `file` by one that holds `recordings`, atomically and durably: after an interruption at
-/// any point, either the old or the new file is there, complete. It keeps the file's mode, and a
-/// symbolic link stays one. On Windows the file gets the permissions that its folder gives, and a
-/// link that leads nowhere is an error. Names without samples are left out.
+/// any point, either the old or the new file is there, complete. It keeps the file's mode (a group
+/// that cannot be kept gets no access), and a symbolic link stays one. On Windows the file gets the
+/// permissions that its folder gives, and a link that leads nowhere is an error. Names without
+/// samples are left out.
 ///
 /// The new contents stand beside the file, as `.NAME.lapwing-new`, until they are complete. If a
 /// process is killed and leaves that, the next save removes it. A read-only file is replaced, too,
