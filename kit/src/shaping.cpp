@@ -27,18 +27,6 @@ TimingProfile changed(TimingProfile profile, Change change) {
     return profile;
 }
 
-Milliseconds scaledSample(Milliseconds sample, double factor) {
-    constexpr double beyond = 9223372036854775808.0;
-    const double product = std::round(stored(static_cast<double>(sample.count()) * factor));
-    if (product >= beyond) {
-        return Milliseconds::max();
-    }
-    if (product < -beyond) {
-        return Milliseconds::min();
-    }
-    return Milliseconds(static_cast<Milliseconds::rep>(product));
-}
-
 std::string knownNames(const TimingProfile& profile) {
     std::set<std::string> names;
     for (const auto& [name, samples] : profile.samples) {
@@ -78,10 +66,26 @@ void copyEntry(const Map& from, Map& to, const std::string& name) {
 
 }  // namespace
 
-TimingProfile scaled(TimingProfile profile, double factor) {
+void requireFactor(double factor) {
     if (!std::isfinite(factor) || factor < 0) {
         throw std::invalid_argument("a factor must be finite and not negative");
     }
+}
+
+Milliseconds scaledSample(Milliseconds sample, double factor) {
+    constexpr double beyond = 9223372036854775808.0;
+    const double product = std::round(stored(static_cast<double>(sample.count()) * factor));
+    if (product >= beyond) {
+        return Milliseconds::max();
+    }
+    if (product < -beyond) {
+        return Milliseconds::min();
+    }
+    return Milliseconds(static_cast<Milliseconds::rep>(product));
+}
+
+TimingProfile scaled(TimingProfile profile, double factor) {
+    requireFactor(factor);
     if (factor == 1) {
         return profile;
     }

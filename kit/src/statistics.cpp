@@ -13,11 +13,6 @@ namespace {
 
 using Durations = std::vector<Milliseconds>;
 
-std::size_t rankOf(double percent, std::size_t count) {
-    const double product = stored(percent * static_cast<double>(count));
-    return std::max<std::size_t>(1, static_cast<std::size_t>(std::ceil(product / 100)));
-}
-
 // Gives percentiles of samples that are not sorted, the lowest first.
 class Percentiles {
 public:
@@ -86,6 +81,11 @@ void requirePercent(double percent) {
     if (!(percent >= 0 && percent <= 100)) {
         throw std::invalid_argument("a percentage must be within 0 to 100");
     }
+}
+
+std::size_t rankOf(double percent, std::size_t count) {
+    const double product = stored(percent * static_cast<double>(count));
+    return std::max<std::size_t>(1, static_cast<std::size_t>(std::ceil(product / 100)));
 }
 
 Milliseconds percentile(const std::vector<Milliseconds>& samples, double percent) {
