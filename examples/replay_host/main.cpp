@@ -109,11 +109,11 @@ void recordAndReplay(const fs::path& folder, std::int32_t runs) {
     const std::string slowName = slowestOf(names, recorded);
     const std::string unrecordedName = "publish the report";
     names.push_back(unrecordedName);
-    const Replay replay = replayPass(recorded, names, slowName, runs);
+    const lapwing::ReplayReport replayed = replayPass(recorded, names, slowName, runs);
 
     std::cout << toText(folder) << ": "
               << formatStatistics(found.tree, found.contents, found.ranking) << '\n'
-              << formatTable(names, recorded, replay) << '\n'
+              << lapwing::formatReport(replayed) << '\n'
               << formatExplanation(slowName, unrecordedName);
 }
 

@@ -6,18 +6,6 @@
 #include <numeric>
 #include <thread>
 
-namespace {
-
-// The emulator pads within the work that the collector times, so the padding is included.
-void replayRun(TimingProfileCollector& collector, TimingProfileEmulator& emulator,
-               const std::string& name, const InstrumentedFunction& standIn) {
-    collectTimingProfileSample(std::ref(collector), name, [&](Instrumentation& /*whole*/) {
-        emulateTimingProfile(std::ref(emulator), name, standIn);
-    });
-}
-
-}  // namespace
-
 TimingProfile recordPass(const std::vector<Operation>& operations, std::int32_t runs) {
     const Instrumentation pass("First pass", DeveloperConfig::enableTimingProfileLogging(), {});
     TimingProfileCollector collector;
@@ -29,24 +17,23 @@ TimingProfile recordPass(const std::vector<Operation>& operations, std::int32_t 
     return collector.extractProfile();
 }
 
-Replay replayPass(const TimingProfile& recorded, const std::vector<std::string>& names,
-                  const std::string& slowName, std::int32_t runs) {
+lapwing::ReplayReport replayPass(const TimingProfile& recorded,
+                                 const std::vector<std::string>& names, const std::string& slowName,
+                                 std::int32_t runs) {
     const Instrumentation pass("Second pass", DeveloperConfig::enableTimingProfileLogging(), {});
     const Milliseconds slowAverage = averageOf(recorded, slowName).value_or(Milliseconds::zero());
     const InstrumentedFunction standIn = [](Instrumentation& /*instrumentation*/) {};
     const InstrumentedFunction slowStandIn = [&](Instrumentation& /*instrumentation*/) {
         std::this_thread::sleep_for(slowAverage + plannedOverrun);
     };
-    TimingProfileCollector collector;
-    TimingProfileEmulator emulator;
-    emulator.setProfile(recorded);
+    lapwing::Replayer replayer(recorded);
     for (const std::string& name : names) {
         for (std::int32_t run = 1; run <= runs; ++run) {
             const bool isSlow = name == slowName && run == runs;
-            replayRun(collector, emulator, name, isSlow ? slowStandIn : standIn);
+            emulateTimingProfile(std::ref(replayer), name, isSlow ? slowStandIn : standIn);
         }
     }
-    return {collector.extractProfile(), emulator.extractErrorProfile()};
+    return replayer.report();
 }
 
 std::optional<Milliseconds> averageOf(const TimingProfile& profile, const std::string& name) {

@@ -4,6 +4,7 @@
 #ifndef REPLAY_HOST_REPLAY_H
 #define REPLAY_HOST_REPLAY_H
 
+#include <lapwing/kit/replay.h>
 #include <lapwing/timing_profiles.h>
 
 #include <cstdint>
@@ -16,14 +17,6 @@ struct Operation {
     InstrumentedFunction work;
 };
 
-struct Replay {
-    /// How long each run took, padding included.
-    TimingProfile durations;
-
-    /// The emulator's error profile: overruns, and names without a recorded average.
-    TimingProfile errors;
-};
-
 /// How much too slow the last replay of one operation is made, so that an overrun can be seen.
 inline constexpr Milliseconds plannedOverrun{20};
 
@@ -32,9 +25,9 @@ inline constexpr Milliseconds plannedOverrun{20};
 
 /// Replays each name `runs` times: a stand-in does nothing and is padded to the recorded average.
 /// The last replay of `slowName` takes `plannedOverrun` longer than that average.
-[[nodiscard]] Replay replayPass(const TimingProfile& recorded,
-                                const std::vector<std::string>& names, const std::string& slowName,
-                                std::int32_t runs);
+[[nodiscard]] lapwing::ReplayReport replayPass(const TimingProfile& recorded,
+                                               const std::vector<std::string>& names,
+                                               const std::string& slowName, std::int32_t runs);
 
 /// Returns the average of the samples of `name`, truncated to whole milliseconds, if there are any.
 [[nodiscard]] std::optional<Milliseconds> averageOf(const TimingProfile& profile,

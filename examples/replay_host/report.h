@@ -14,10 +14,6 @@
 [[nodiscard]] std::string formatStatistics(const FileTree& tree, const FileContents& contents,
                                            const WordRanking& ranking);
 
-/// Returns a table with a row for each name, in the order given.
-[[nodiscard]] std::string formatTable(const std::vector<std::string>& names,
-                                      const TimingProfile& recorded, const Replay& replay);
-
 /// Returns lines that explain the table.
 [[nodiscard]] std::string formatExplanation(const std::string& slowName,
                                             const std::string& unrecordedName);
