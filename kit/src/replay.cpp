@@ -256,7 +256,9 @@ void Replayer::pad(const std::string& name, Time started, Time worked) {
     ++operation.waiting;
     lock.unlock();
 
-    waitUntil(started + step.target, state->waiting);
+    if (step.work < step.target) {
+        waitUntil(started + step.target, state->waiting);
+    }
     step.ended = now() - started;
 
     lock.lock();
