@@ -17,14 +17,15 @@ void addBound(const std::string& key, double bound) {
     benchmark::AddCustomContext(key, text.str());
 }
 
-void measure(const Comparison& comparison, const std::string& side, const Body& body) {
+void measure(const Comparison& comparison, const std::string& side, const Body& body,
+             std::int64_t iterations) {
     auto* const benchmark =
         benchmark::RegisterBenchmark((comparison.name + "/" + side).c_str(), body);
     if (comparison.threads > 1) {
         benchmark->Threads(comparison.threads)->UseRealTime();
     }
-    if (comparison.iterations > 0) {
-        benchmark->Iterations(comparison.iterations);
+    if (iterations > 0) {
+        benchmark->Iterations(iterations);
     }
 }
 
@@ -39,12 +40,12 @@ void measure(const Growth& growth, const std::string& side, const Body& body) {
 
 void add(const Comparison& comparison) {
     addBound(comparison.name + "/times floor", comparison.timesFloor);
-    measure(comparison, "lapwing", comparison.lapwing);
-    measure(comparison, "floor", comparison.floor);
+    measure(comparison, "lapwing", comparison.lapwing, comparison.iterations);
+    measure(comparison, "floor", comparison.floor, comparison.iterations);
     for (const Peer& peer : comparison.peers) {
         addBound(comparison.name + "/peer/" + peer.name, peer.timesFaster);
         if (peer.body) {
-            measure(comparison, peer.name, peer.body);
+            measure(comparison, peer.name, peer.body, 0);
         }
     }
 }

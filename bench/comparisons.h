@@ -31,7 +31,7 @@ struct Comparison {
     Body floor;
     std::vector<Peer> peers = {};
     int threads = 1;
-    // Zero: as many as take long enough. A number, where what is measured grows.
+    // Zero: as many as take long enough, as with peers. A number, where what is measured grows.
     std::int64_t iterations = 0;
 };
 
@@ -74,5 +74,6 @@ void compareCollector();
 void compareEmulator();
 void compareSampling();
 void compareRecordingFiles();
+void compareReplayer();
 
 #endif  // LAPWING_BENCH_COMPARISONS_H

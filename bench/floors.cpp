@@ -5,6 +5,7 @@
 #include <atomic>
 #include <charconv>
 #include <cstddef>
+#include <numeric>
 #include <utility>
 
 namespace floors {
@@ -152,6 +153,26 @@ void Emulator::emulate(const std::string& name, Milliseconds duration) {
     if (average == 0 || average != static_cast<std::uint64_t>(duration.count())) {
         ++callsWithMoreToDo;
     }
+}
+
+Replayer::Replayer(const TimingProfile& recorded) {
+    for (const auto& [name, samples] : recorded.samples) {
+        const auto sum = std::accumulate(samples.begin(), samples.end(), Milliseconds::zero());
+        operations[name].target = sum / static_cast<std::int64_t>(samples.size());
+    }
+}
+
+void Replayer::operator()(const std::string& name, Milliseconds took) {
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point started = Clock::now() - took;
+    std::unique_lock lock(mutex);
+    Operation& operation = operations[name];
+    const Milliseconds target = operation.target;
+    lock.unlock();
+    const Clock::duration ended = Clock::now() - started;
+    lock.lock();
+    callsWithMoreToDo += took < target ? 1 : 0;
+    operation.steps.push_back({target, took, ended});
 }
 
 void collectTimed(TimingSampleHandler collect, const std::string& name, ScopedWork work) {

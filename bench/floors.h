@@ -14,6 +14,8 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <vector>
 
 #include "floors_export.h"
 
@@ -98,6 +100,29 @@ public:
 
 private:
     TimingProfile profile;
+    std::size_t callsWithMoreToDo = 0;
+};
+
+// Makes the targets beforehand, reads the clock at the start and at the end of a call, and holds no
+// lock where it would wait. Calls that must wait are only counted.
+class Replayer {
+public:
+    FLOORS_EXPORT explicit Replayer(const TimingProfile& recorded);
+    FLOORS_EXPORT void operator()(const std::string& name, Milliseconds took);
+
+private:
+    struct Step {
+        Milliseconds target;
+        std::chrono::nanoseconds work;
+        std::chrono::nanoseconds ended;
+    };
+    struct Operation {
+        Milliseconds target;
+        std::vector<Step> steps;
+    };
+
+    std::mutex mutex;
+    std::unordered_map<std::string, Operation> operations;
     std::size_t callsWithMoreToDo = 0;
 };
 

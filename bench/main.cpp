@@ -19,6 +19,7 @@ int main(int argc, char** argv) {
     compareSampling();
 #if defined(LAPWING_BENCH_KIT)
     compareRecordingFiles();
+    compareReplayer();
 #endif
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
