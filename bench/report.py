@@ -22,7 +22,7 @@ ROUNDS = 5
 REPETITIONS = 15
 REPETITIONS_OF_GROWTH = 3
 SECONDS_PER_REPETITION = 0.02
-MILLISECONDS_PER_REPLAY = 2000
+MILLISECONDS_PER_REPLAY = 1200
 GROWTHS = {
     "samples under one name": ("samples", "cost per sample (ns)", "bytes per sample"),
     "names": ("names", "cost per call (ns)", None),
@@ -30,6 +30,11 @@ GROWTHS = {
 # Where the linker places a branch makes differences up to this, whatever the code.
 INDISTINCT_NANOSECONDS = 1
 SIDES = ("lapwing", "floor")
+WAYS = {"emulator": "`TimingProfileEmulator`", "exact": "`Replayer`, exact",
+        "economical": "`Replayer`, economical", "bare": "bare sleep"}
+LOADS = ("idle", "busy")
+# How late calls of an exact replay may be on an idle machine, in milliseconds.
+EXACT = {"p50": 0.02, "p99": 0.1}
 
 
 def output_of(command):
@@ -125,26 +130,26 @@ def quantile(ordered, share):
     return ordered[min(len(ordered) - 1, int(share * len(ordered)))]
 
 
-def lateness(kinds, side):
-    ordered = sorted(value / 1e6 for kind in kinds for value in kind[side])
+def figures_of(kinds, way):
+    ordered = sorted(value / 1e6 for kind in kinds for value in kind[way]["late"])
     return {"p50": quantile(ordered, 0.5), "p99": quantile(ordered, 0.99), "worst": ordered[-1],
-            "earliest": ordered[0]}
+            "earliest": ordered[0],
+            "spent": statistics.mean(value for kind in kinds for value in kind[way]["spent"])}
 
 
 def replay_of(kinds):
-    return {side: lateness(kinds, side) for side in ("lapwing", "bare")}
+    return {way: figures_of(kinds, way) for way in WAYS}
 
 
 def replay_of_kind(kind):
     whole, cut = divmod(kind["stand_in_ns"], 10**6)
     return {"load": kind["load"], "average_ms": kind["average_ms"],
-            "stand_in_ms": whole + cut / 1e6, "cut_ms": cut / 1e6, "calls": len(kind["lapwing"]),
-            **replay_of([kind])}
+            "stand_in_ms": whole + cut / 1e6, "cut_ms": cut / 1e6,
+            "calls": len(kind["bare"]["late"]), **replay_of([kind])}
 
 
-def replay_without_cut(kinds, load):
-    return replay_of([kind for kind in kinds
-                      if kind["load"] == load and kind["stand_in_ns"] % 10**6 == 0])
+def replay_by_load(kinds):
+    return {load: replay_of([kind for kind in kinds if kind["load"] == load]) for load in LOADS}
 
 
 def machine_of(context):
@@ -174,7 +179,9 @@ def measure(folder, brief):
                   for name in medians for key in context if key.startswith(f"{name}/peer/")],
         "growth": {name: growth_of(rounds[0][name], medians[name]) for name in GROWTHS},
         "replay": [replay_of_kind(kind) for kind in kinds],
-        "replay_without_cut": {load: replay_without_cut(kinds, load) for load in ("idle", "busy")},
+        "replay_by_load": replay_by_load(kinds),
+        "replay_without_cut": replay_by_load([kind for kind in kinds
+                                              if kind["stand_in_ns"] % 10**6 == 0]),
     }
 
 
@@ -225,26 +232,67 @@ def growth_table(name, points):
                   ([f"{point['bytes']:.1f}"] if size else []) for point in points])
 
 
-def late_cells(kind):
-    return [f"{kind[side][figure]:.2f}" for side in ("lapwing", "bare")
-            for figure in ("p50", "p99", "worst")]
+LATE_HEADS = ["p50", "p99", "worst"]
+EMULATOR_HEADS = [*LATE_HEADS, *(f"bare {head}" for head in LATE_HEADS)]
+EMULATOR_WAYS = ("emulator", "bare")
+REPLAYER_WAYS = ("exact", "economical")
 
 
-LATE_HEADS = ["p50", "p99", "worst", "bare p50", "bare p99", "bare worst"]
+def late_cells(kind, ways, digits):
+    return [f"{kind[way][figure]:.{digits}f}" for way in ways for figure in LATE_HEADS]
 
 
-def replay_table(kinds):
-    return table(["average", "stand-in", "cut", "calls", *LATE_HEADS],
-                 [[f"{kind['average_ms']}", f"{kind['stand_in_ms']:g}", f"{kind['cut_ms']:g}",
-                   str(kind["calls"]), *late_cells(kind)] for kind in kinds])
+def early_cell(figures):
+    return "**yes**" if figures["earliest"] < 0 else "never"
 
 
-def replay_summary(loads):
-    return table(["load", *LATE_HEADS, "p99 beyond the bare sleep's", "ends early"],
-                 [[load, *late_cells(sides),
-                   f"{sides['lapwing']['p99'] - sides['bare']['p99']:.2f}",
-                   "**yes**" if sides["lapwing"]["earliest"] < 0 else "never"]
-                  for load, sides in loads.items()])
+def kind_cells(kind):
+    return [f"{kind['average_ms']}", f"{kind['stand_in_ms']:g}"]
+
+
+def emulator_table(kinds):
+    return table(["average", "stand-in", "cut", "calls", *EMULATOR_HEADS],
+                 [[*kind_cells(kind), f"{kind['cut_ms']:g}", str(kind["calls"]),
+                   *late_cells(kind, EMULATOR_WAYS, 2)] for kind in kinds])
+
+
+def emulator_summary(loads):
+    return table(["load", *EMULATOR_HEADS, "p99 beyond the bare sleep's", "ends early"],
+                 [[load, *late_cells(ways, EMULATOR_WAYS, 2),
+                   f"{ways['emulator']['p99'] - ways['bare']['p99']:.2f}",
+                   early_cell(ways["emulator"])] for load, ways in loads.items()])
+
+
+def earliest_text(ways):
+    return f"{min(figures['earliest'] for figures in ways):.4f}"
+
+
+def replayer_table(kinds):
+    return table(["average", "stand-in", "calls",
+                  *(f"{way} {head}" for way in REPLAYER_WAYS for head in LATE_HEADS), "earliest"],
+                 [[*kind_cells(kind), str(kind["calls"]), *late_cells(kind, REPLAYER_WAYS, 3),
+                   earliest_text(kind[way] for way in REPLAYER_WAYS)] for kind in kinds])
+
+
+def replayer_summary(loads):
+    return table(["load", "call", *LATE_HEADS, "earliest", "ends early", "processor time"],
+                 [[load, title, *late_cells(ways, [way], 3), earliest_text([ways[way]]),
+                   early_cell(ways[way]), time_text(ways[way]["spent"])]
+                  for load, ways in loads.items() for way, title in WAYS.items()])
+
+
+def is_exact(figures):
+    return all(figures[figure] <= most for figure, most in EXACT.items())
+
+
+def exactness_text(results):
+    figures = results["replay_by_load"]["idle"]["exact"]
+    kinds = [kind["exact"] for kind in results["replay"] if kind["load"] == "idle"]
+    late = " and ".join(f"{figures[figure]:.3f} ms late at {figure} (at most {most:g})"
+                        for figure, most in EXACT.items())
+    holds = "held" if is_exact(figures) else "**did not hold**"
+    return (f"Exact replay on the idle machine was {late}. This {holds} for all calls together, "
+            f"and held for {sum(map(is_exact, kinds))} of the {len(kinds)} kinds of calls.")
 
 
 def machine_text(machine):
@@ -256,10 +304,13 @@ def sections_of(results):
     sections = {"machine": machine_text(results["machine"]),
                 "floors": floors_table(results["floors"]),
                 "peers": peers_table(results["peers"]),
-                "replay": replay_summary(results["replay_without_cut"])}
-    for load in ("idle", "busy"):
-        sections[f"replay {load}"] = replay_table(
-            [kind for kind in results["replay"] if kind["load"] == load])
+                "replay": emulator_summary(results["replay_without_cut"]),
+                "replayer": replayer_summary(results["replay_by_load"]),
+                "replayer exactness": exactness_text(results)}
+    for load in LOADS:
+        kinds = [kind for kind in results["replay"] if kind["load"] == load]
+        sections[f"replay {load}"] = emulator_table(kinds)
+        sections[f"replayer {load}"] = replayer_table(kinds)
     for name, points in results["growth"].items():
         sections[f"growth: {name}"] = growth_table(name, points)
     return sections
