@@ -6,11 +6,15 @@
 #include <lapwing/instrumentation.h>
 
 #include <cstddef>
+#include <vector>
 
 namespace lapwing {
 
 // Throws std::invalid_argument unless `percent` is within 0 to 100.
 void requirePercent(double percent);
+
+// Returns the truncated average of samples, of which there are some.
+Milliseconds averageOf(const std::vector<Milliseconds>& samples);
 
 // Returns the nearest rank of a percentile among `count` values, from 1.
 std::size_t rankOf(double percent, std::size_t count);

@@ -134,11 +134,11 @@ ReplayPolicy ReplayPolicy::random(std::uint64_t seed) {
     return policy;
 }
 
-ReplayPolicy ReplayPolicy::scaled(double times) const {
+ReplayPolicy ReplayPolicy::scaled(double factor) const {
     ReplayPolicy policy = *this;
-    requireFactor(times);
-    policy.factor *= times;
-    requireFactor(policy.factor);
+    requireFactor(factor);
+    policy.scale *= factor;
+    requireFactor(policy.scale);
     return policy;
 }
 
@@ -173,15 +173,15 @@ Durations Replayer::State::targetsOf(const Durations& samples) const {
     using Choice = ReplayPolicy::Choice;
     Durations targets;
     if (policy.choice == Choice::Average) {
-        targets = {summarize(samples)->average};
+        targets = {averageOf(samples)};
     } else if (policy.choice == Choice::Percentile) {
         targets = {lapwing::percentile(samples, policy.percent)};
     } else {
         targets = samples;
     }
-    if (policy.factor != 1) {
+    if (policy.scale != 1) {
         for (Milliseconds& target : targets) {
-            target = scaledSample(target, policy.factor);
+            target = scaledSample(target, policy.scale);
         }
     }
     return targets;
@@ -198,7 +198,7 @@ void Replayer::State::requireShort(const std::string& name, const Durations& tar
 void Replayer::State::load(const std::string& name, const Durations& samples) {
     requireReplayable(name, samples);
     Operation& operation = operations[name];
-    operation.recorded = summarize(samples)->average;
+    operation.recorded = averageOf(samples);
     operation.targets = targetsOf(samples);
     requireShort(name, operation.targets);
 }

@@ -117,8 +117,7 @@ TimingProfile reducedToPercentile(TimingProfile profile, double percent) {
 }
 
 TimingProfile reducedToAverage(TimingProfile profile) {
-    return changed(std::move(profile),
-                   [](Durations& samples) { samples = {summarize(samples)->average}; });
+    return changed(std::move(profile), [](Durations& samples) { samples = {averageOf(samples)}; });
 }
 
 TimingProfile renamed(TimingProfile profile, const std::string& from, const std::string& to) {

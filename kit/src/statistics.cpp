@@ -31,14 +31,6 @@ private:
     std::ptrdiff_t selectedBefore = 0;
 };
 
-Milliseconds averageOf(const Durations& samples) {
-    std::uint64_t sum = 0;
-    for (const Milliseconds& sample : samples) {
-        sum += static_cast<std::uint64_t>(sample.count());
-    }
-    return Milliseconds(static_cast<Milliseconds::rep>(sum / samples.size()));
-}
-
 // The mean without rounding, as long as there are fewer than three thousand million samples.
 struct Mean {
     std::int64_t whole;
@@ -86,6 +78,14 @@ void requirePercent(double percent) {
 std::size_t rankOf(double percent, std::size_t count) {
     const double product = stored(percent * static_cast<double>(count));
     return std::max<std::size_t>(1, static_cast<std::size_t>(std::ceil(product / 100)));
+}
+
+Milliseconds averageOf(const std::vector<Milliseconds>& samples) {
+    std::uint64_t sum = 0;
+    for (const Milliseconds& sample : samples) {
+        sum += static_cast<std::uint64_t>(sample.count());
+    }
+    return Milliseconds(static_cast<Milliseconds::rep>(sum / samples.size()));
 }
 
 Milliseconds percentile(const std::vector<Milliseconds>& samples, double percent) {

@@ -72,7 +72,7 @@ private:
     Choice choice;
     double percent = 0;
     std::uint64_t randomSeed = 0;
-    double factor = 1;
+    double scale = 1;
     Milliseconds jitter{0};
     std::uint64_t jitterSeed = 0;
     Milliseconds cap = Milliseconds::max();
