@@ -1,9 +1,35 @@
 #include "system_timer.h"
 
-#include <ctime>
 #include <thread>
 
+#ifdef __linux__
+#include <ctime>
+
+#include <sys/prctl.h>
+#endif
+
 namespace lapwing {
+namespace {
+
+#ifdef __linux__
+// By default, the system wakes a thread up to 0.05 ms late, to wake several at once.
+class NoTimerSlack {
+public:
+    NoTimerSlack() noexcept { prctl(PR_SET_TIMERSLACK, 1UL); }
+    NoTimerSlack(const NoTimerSlack&) = delete;
+    NoTimerSlack& operator=(const NoTimerSlack&) = delete;
+    ~NoTimerSlack() {
+        if (before > 0) {
+            prctl(PR_SET_TIMERSLACK, static_cast<unsigned long>(before));
+        }
+    }
+
+private:
+    int before = prctl(PR_GET_TIMERSLACK);
+};
+#endif
+
+}  // namespace
 
 Clock::time_point now() noexcept {
     return Clock::now();
@@ -17,6 +43,7 @@ void sleepUntilAbout(Clock::time_point time) noexcept {
     timespec wakeUp{};
     wakeUp.tv_sec = static_cast<std::time_t>(whole.time_since_epoch().count());
     wakeUp.tv_nsec = static_cast<long>(rest.count());
+    const NoTimerSlack precise;
     clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &wakeUp, nullptr);
 #else
     std::this_thread::sleep_until(time);

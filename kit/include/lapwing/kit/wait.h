@@ -21,10 +21,10 @@ enum class Waiting {
 /// Blocks the calling thread until `deadline`, never less. A deadline in the past returns at once.
 /// Signals do not end it early, and on Linux they do not make it later.
 ///
-/// Linux sleeps to an absolute time, which is late by the thread's timer slack (0.05 ms unless it
-/// was changed) and by what the scheduler takes. Windows uses a timer of high resolution (some
-/// 0.5 ms). Before Windows 10, version 1803, there is only the plain timer: it may wake the thread
-/// one tick late, which is up to 15.6 ms, and then an exact wait is late as well.
+/// Linux sleeps to an absolute time, without the thread's timer slack: it is late by what the
+/// scheduler takes. Windows uses a timer of high resolution (some 0.5 ms). Before Windows 10,
+/// version 1803, there is only the plain timer: it may wake the thread one tick late, which is up to
+/// 15.6 ms, and then an exact wait is late as well.
 ///
 /// Any number of threads may wait at once.
 void waitUntil(std::chrono::steady_clock::time_point deadline,
