@@ -59,7 +59,6 @@ private:
 
 struct Operation {
     std::optional<Milliseconds> recorded;
-    std::string note;
     Durations targets;  // before jitter
     std::size_t nextTarget = 0;
     std::unique_ptr<Draws> choice;  // without it, targets are taken in their order
@@ -87,8 +86,8 @@ Milliseconds chooseTarget(Operation& operation) {
 }
 
 Milliseconds drawJitter(Draws& draws, Milliseconds most) {
-    const auto width = 2 * static_cast<std::uint64_t>(most.count()) + 1;
-    return Milliseconds(static_cast<Milliseconds::rep>(draws.below(width))) - most;
+    const auto half = static_cast<std::uint64_t>(most.count());
+    return Milliseconds(static_cast<Milliseconds::rep>(draws.below(2 * half + 1) - half));
 }
 
 [[noreturn]] void refuse(const std::string& name, const std::string& reason) {
@@ -160,6 +159,7 @@ ReplayPolicy ReplayPolicy::capped(Milliseconds longest) const {
 struct Replayer::State {
     ReplayPolicy policy;
     Waiting waiting;
+    std::unordered_map<std::string, std::string> notes;
     std::mutex mutex;
     std::unordered_map<std::string, Operation> operations;
 
@@ -221,15 +221,9 @@ Milliseconds Replayer::State::nextTarget(Operation& operation, const std::string
 }
 
 Replayer::Replayer(const TimingProfile& profile, ReplayPolicy policy, Waiting waiting)
-    : state(new State{policy, waiting, {}, {}}) {
+    : state(new State{policy, waiting, profile.notes, {}, {}}) {
     for (const auto& [name, samples] : profile.samples) {
         state->load(name, samples);
-    }
-    for (const auto& [name, note] : profile.notes) {
-        const auto found = state->operations.find(name);
-        if (found != state->operations.end()) {
-            found->second.note = note;
-        }
     }
 }
 
@@ -270,7 +264,10 @@ ReplayReport Replayer::report() const {
     const std::lock_guard lock(state->mutex);
     ReplayReport report;
     for (const auto& [name, operation] : state->operations) {
-        report.operations[name] = {operation.recorded, operation.note, operation.steps};
+        const auto note = state->notes.find(name);
+        report.operations[name] = {operation.recorded,
+                                   note == state->notes.end() ? std::string() : note->second,
+                                   operation.steps};
     }
     return report;
 }

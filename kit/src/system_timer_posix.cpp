@@ -1,5 +1,7 @@
 #include "system_timer.h"
 
+#include <algorithm>
+#include <limits>
 #include <thread>
 
 #ifdef __linux__
@@ -41,7 +43,8 @@ void sleepUntilAbout(Clock::time_point time) noexcept {
     const auto whole = std::chrono::floor<std::chrono::seconds>(time);
     const auto rest = std::chrono::duration_cast<std::chrono::nanoseconds>(time - whole);
     timespec wakeUp{};
-    wakeUp.tv_sec = static_cast<std::time_t>(whole.time_since_epoch().count());
+    wakeUp.tv_sec = static_cast<std::time_t>(std::min<std::chrono::seconds::rep>(
+        whole.time_since_epoch().count(), std::numeric_limits<std::time_t>::max()));
     wakeUp.tv_nsec = static_cast<long>(rest.count());
     const NoTimerSlack precise;
     clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &wakeUp, nullptr);
