@@ -29,6 +29,7 @@ const ReplayPolicy random5 = ReplayPolicy::random(5).jittered(100ms, 5).scaled(5
 std::vector<Milliseconds::rep> targetsOf(const Replayer& replayer, const std::string& name) {
     std::vector<Milliseconds::rep> targets;
     const std::vector<ReplayStep> steps = replayer.report().operations[name].steps;
+    targets.reserve(steps.size());
     for (const ReplayStep& step : steps) {
         targets.push_back(step.target.count());
     }
@@ -96,7 +97,7 @@ TEST(Replay, ReturnsWhatTheWorkReturns) {
     int value = 1;
     const auto reference = [&]() -> int& { return value; };
     const auto constant = [&]() -> const int& { return value; };
-    const auto expiring = [&]() -> int&& { return std::move(value); };
+    const auto expiring = [&]() -> int&& { return static_cast<int&&>(value); };
     const auto movable = [] { return std::make_unique<int>(7); };
     static_assert(std::is_same_v<decltype(replayer.run("", reference)), int&>);
     static_assert(std::is_same_v<decltype(replayer.run("", constant)), const int&>);
@@ -106,7 +107,6 @@ TEST(Replay, ReturnsWhatTheWorkReturns) {
     EXPECT_EQ(&replayer.run("", reference), &value);
     EXPECT_EQ(&replayer.run("", constant), &value);
     EXPECT_EQ(*replayer.run("", movable), 7);
-    EXPECT_EQ(replayer.run("", []() -> const std::string { return "text"; }), "text");
 }
 
 TEST(Replay, LeavesFailedWorkOut) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstddef>
 #include <functional>
 #include <thread>
 #include <vector>
@@ -36,8 +37,8 @@ Time lapwing::now() noexcept {
     return Time(std::chrono::nanoseconds(elapsed += perReading.count()));
 }
 
-void lapwing::sleepUntilAbout(Time end) noexcept {
-    onSleep(end);
+void lapwing::sleepUntilAbout(Time time) noexcept {
+    onSleep(time);
 }
 
 namespace {
@@ -52,7 +53,7 @@ TEST(Wait, SleepsUntilItsPointAndSpinsOnlyIfItIsToBeExact) {
         std::size_t earlyWakeUps;
         Clock::duration late;
         std::size_t sleeps;
-        int readings;
+        std::ptrdiff_t readings;
     } cases[] = {
         {"exact", exact, start + 5ms, 0, 0ns, 1, 2 + spins},
         {"exact, woken early", exact, start + 5ms, 3, 0ns, 4, 5 + spins},
