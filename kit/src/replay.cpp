@@ -78,7 +78,7 @@ void reserveStep(Operation& operation) {
 Milliseconds chooseTarget(Operation& operation) {
     const std::size_t count = operation.targets.size();
     if (operation.choice) {
-        return operation.targets[operation.choice->below(count)];
+        return operation.targets[static_cast<std::size_t>(operation.choice->below(count))];
     }
     const Milliseconds target = operation.targets[operation.nextTarget];
     operation.nextTarget = (operation.nextTarget + 1) % count;
