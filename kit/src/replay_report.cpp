@@ -32,11 +32,11 @@ std::string formatMean(const std::vector<ReplayStep>& steps, Time timeOf) {
 }
 
 std::string formatNote(const ReplayedOperation& operation) {
+    const std::string note = onOneLine(operation.note);
     if (!operation.recorded) {
-        return "no recorded samples";
+        return note.empty() ? "no recorded samples" : "no recorded samples; " + note;
     }
-    return operation.steps.empty() && operation.note.empty() ? "never called"
-                                                             : onOneLine(operation.note);
+    return operation.steps.empty() && note.empty() ? "never called" : note;
 }
 
 Row makeRow(const std::string& name, const ReplayedOperation& operation) {

@@ -31,11 +31,13 @@ TEST(ReplayReport, CountsOverrunsAndLateness) {
 TEST(ReplayReport, IsATableOfPlainText) {
     const ReplayReport report{{{"Scan", {12ms, "a\xFF", {inTime, overrun, overrun}}},
                                {"\xC3\xA4\n\x1B\xC2\x85\x7F", {std::nullopt, "", {{{}, 2ms, 2ms}}}},
-                               {"idle", {5ms, "", {}}}}};
+                               {"idle", {5ms, "", {}}},
+                               {"new", {std::nullopt, "never\nrecorded", {}}}}};
     EXPECT_EQ("\n" + formatReport(report), R"(
 operation        runs  recorded    work  padded    final  late p50  late p99  late worst  overruns  note
 Scan                3     12 ms  8.7 ms  2.0 ms  10.7 ms  1.000 ms  1.000 ms    1.000 ms         2  hex:61ff
 idle                0      5 ms       -       -        -         -         -           -         0  never called
+new                 0         -       -       -        -         -         -           -         0  no recorded samples; never\nrecorded
 ä\n\x1b\x85\x7f     1         -  2.0 ms  0.0 ms   2.0 ms         -         -           -         0  no recorded samples
 )");
 }
