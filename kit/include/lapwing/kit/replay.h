@@ -35,7 +35,9 @@ namespace lapwing {
 /// milliseconds and never negative. Arguments out of range throw std::invalid_argument.
 ///
 /// Each seed gives one sequence of targets per name: the same on every system, whatever is done
-/// under other names, and whichever threads make the calls. Without a seed, nothing is random.
+/// under other names, and whichever threads make the calls. Every Replayer starts it anew. A call
+/// takes its target when its work has ended: if calls of one name overlap, the order in which their
+/// work ends decides which of them gets which target. Without a seed, nothing is random.
 ///
 /// Thread safety: any number of threads may read one policy at once.
 class ReplayPolicy {
@@ -78,7 +80,7 @@ private:
     Milliseconds cap = Milliseconds::max();
 };
 
-/// One call. Times begin with the call.
+/// One call. Its times count from its beginning.
 struct ReplayStep {
     Milliseconds target{};             ///< What it was to last; zero without recorded samples.
     std::chrono::nanoseconds work{};   ///< What its work took.
@@ -100,7 +102,8 @@ struct ReplayedOperation {
     /// The profile's note about it. May be empty.
     std::string note;
 
-    /// The calls that have ended, in that order.
+    /// The calls that have ended, in that order. If they overlapped, this may differ from the order
+    /// in which they took their targets.
     std::vector<ReplayStep> steps;
 
     /// Counts the calls whose work took more than the target, compared in whole milliseconds
@@ -122,7 +125,8 @@ struct ReplayReport {
     std::map<std::string, ReplayedOperation> operations;  ///< By name.
 };
 
-/// Makes named operations last as long as a policy says. It keeps 24 bytes per call for its report.
+/// Makes named operations last as long as a policy says. For its report it keeps 24 bytes per call,
+/// and room for as many again.
 ///
 /// Failures: if memory runs out, members throw std::bad_alloc before they wait, and leave the call
 /// out of the report. They throw std::system_error if the lock cannot be taken.
@@ -142,13 +146,14 @@ public:
 
     /// Waits on the calling thread for the target of `name` minus `took`: makes the replayer a
     /// TimingSampleHandler, to be passed with std::ref. The core's functions pass whole
-    /// milliseconds, truncated, so that a call may end up to 1 ms late; run() does not truncate.
+    /// milliseconds, truncated, so that a call can be up to 1 ms late; run() does not truncate.
     /// `took` counts as zero if it is negative, and as seven days if it is longer.
     void operator()(const std::string& name, Milliseconds took);
 
     /// Calls `work` once, without arguments, waits until the target of `name` has passed since, and
     /// returns what the work returned: a reference as it is, a value moved. If the work throws, the
-    /// exception propagates at once, and the call takes no target and is not in the report.
+    /// exception propagates at once, and the call takes no target and is not in the report. The
+    /// work may use the replayer, but must not change `name`.
     template <class Work>
     decltype(auto) run(const std::string& name, Work&& work) {
         const Time started = currentTime();
@@ -182,8 +187,8 @@ private:
 
 /// Returns a table for people, with a line for each name and a heading, in UTF-8: the runs, the
 /// recorded average, the averages of what the work took, of what it was padded by and of what the
-/// call lasted, the lateness, the overruns, and the note. Names that are not plain text stand as in
-/// files.
+/// call lasted, the lateness, the overruns, and the note. In names and notes, control characters
+/// are escaped; those that are not UTF-8 stand as in files.
 [[nodiscard]] std::string formatReport(const ReplayReport& report);
 
 }  // namespace lapwing
