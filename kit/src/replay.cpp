@@ -189,8 +189,7 @@ Durations Replayer::State::targetsOf(const Durations& samples) const {
 
 void Replayer::State::requireShort(const std::string& name, const Durations& targets) const {
     const Milliseconds longest = *std::max_element(targets.begin(), targets.end());
-    const bool isShort = policy.jitter <= sevenDays && longest <= sevenDays - policy.jitter;
-    if (policy.cap > sevenDays && !isShort) {
+    if (policy.cap > sevenDays && longest > sevenDays - policy.jitter) {
         refuse(name, "it could be made to last longer than seven days");
     }
 }
@@ -211,13 +210,13 @@ Milliseconds Replayer::State::nextTarget(Operation& operation, const std::string
     if (policy.jitter != Milliseconds::zero() && !operation.jitter) {
         operation.jitter = std::make_unique<Draws>(Purpose::Jitter, policy.jitterSeed, name);
     }
-    const Milliseconds longest = std::min(policy.cap, sevenDays);
     const Milliseconds target = chooseTarget(operation);
     if (!operation.jitter) {
-        return std::min(target, longest);
+        return std::min(target, policy.cap);
     }
     const Milliseconds jitter = drawJitter(*operation.jitter, policy.jitter);
-    return jitter > longest - target ? longest : std::max(Milliseconds::zero(), target + jitter);
+    return jitter > policy.cap - target ? policy.cap
+                                        : std::max(Milliseconds::zero(), target + jitter);
 }
 
 Replayer::Replayer(const TimingProfile& profile, ReplayPolicy policy, Waiting waiting)

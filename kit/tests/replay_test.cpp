@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <memory>
 #include <stdexcept>
 #include <thread>
@@ -29,10 +30,8 @@ const ReplayPolicy random5 = ReplayPolicy::random(5).jittered(100ms, 5).scaled(5
 std::vector<Milliseconds::rep> targetsOf(const Replayer& replayer, const std::string& name) {
     std::vector<Milliseconds::rep> targets;
     const std::vector<ReplayStep> steps = replayer.report().operations[name].steps;
-    targets.reserve(steps.size());
-    for (const ReplayStep& step : steps) {
-        targets.push_back(step.target.count());
-    }
+    std::transform(steps.begin(), steps.end(), std::back_inserter(targets),
+                   [](const ReplayStep& step) { return step.target.count(); });
     return targets;
 }
 
@@ -107,6 +106,8 @@ TEST(Replay, ReturnsWhatTheWorkReturns) {
     EXPECT_EQ(&replayer.run("", reference), &value);
     EXPECT_EQ(&replayer.run("", constant), &value);
     EXPECT_EQ(*replayer.run("", movable), 7);
+    EXPECT_EQ(replayer.run("", [] { return std::string("text"); }), "text");
+    EXPECT_EQ(targetsOf(replayer, "").size(), 5U);
 }
 
 TEST(Replay, LeavesFailedWorkOut) {

@@ -129,7 +129,8 @@ struct ReplayReport {
 /// and room for as many again.
 ///
 /// Failures: if memory runs out, members throw std::bad_alloc before they wait, and leave the call
-/// out of the report. They throw std::system_error if the lock cannot be taken.
+/// out of the report. They throw std::system_error if the lock cannot be taken. What the work has
+/// returned is lost then.
 ///
 /// Thread safety: any number of threads may call any member at once. They wait in parallel, with no
 /// lock held. After fork(), the child must not use a replayer that another thread was using.
@@ -172,7 +173,8 @@ public:
         }
     }
 
-    /// Returns what has happened so far. Calls in other threads may wait during the copy.
+    /// Returns what has happened so far. Calls in other threads may wait during the copy; if they
+    /// have just ended, that delay is not in their times.
     [[nodiscard]] ReplayReport report() const;
 
 private:
