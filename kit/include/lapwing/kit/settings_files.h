@@ -1,0 +1,63 @@
+/// @file
+/// Settings from a file.
+
+#ifndef LAPWING_KIT_SETTINGS_FILES_H
+#define LAPWING_KIT_SETTINGS_FILES_H
+
+#include <lapwing/kit/settings_layers.h>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace lapwing {
+
+/// A JSON file of settings:
+///
+///     {
+///         // Comments are allowed.
+///         "view.showGrid": true,
+///         "net": {"retries": 5, "proxy": "none"}
+///     }
+///
+/// It is one object. The keys of objects within are joined with dots, so the file above has
+/// net.retries. A value is true, false, a number or a text; others are reported as problems and do
+/// not count. A key that is there twice makes the whole file wrong.
+///
+/// Changes are noticed: at most every 250 ms, a read looks at the file's time and size, and loads
+/// the file if they have changed. If the file is then wrong or gone, as in the middle of an
+/// editor's save, the last good values stay, and a problem is reported. No reader sees a part of a
+/// file, and none waits for another one's loading. A file that was never there is an empty one.
+///
+/// A write saves the file as one flat, sorted object, as atomically as saveRecordings() does; what
+/// other programs have written meanwhile is kept. A file that has comments is never overwritten,
+/// nor is one that is wrong: the write is then dropped and reported as a problem, and so is one
+/// that fails, and a text that is not UTF-8.
+///
+/// Thread safety: as for SettingsLayer.
+class JsonFileLayer final : public SettingsLayer {
+public:
+    /// Reads nothing yet.
+    explicit JsonFileLayer(std::filesystem::path file);
+    ~JsonFileLayer() override;
+
+    /// The file's name.
+    [[nodiscard]] std::string name() const override;
+    [[nodiscard]] std::optional<std::string> find(const std::string& key) const override;
+
+    /// FILE:LINE.
+    [[nodiscard]] std::string origin(const std::string& key) const override;
+    [[nodiscard]] bool isWritable() const noexcept override;
+    void set(const std::string& key, const SettingText& value) override;
+    void clear(const std::string& key) override;
+    void setProblemHandler(const ProblemHandler& handler) override;
+
+private:
+    struct State;
+    std::unique_ptr<State> state;
+};
+
+}  // namespace lapwing
+
+#endif  // LAPWING_KIT_SETTINGS_FILES_H
