@@ -19,8 +19,9 @@
 ///     std::string    any bytes
 ///     std::wstring   UTF-8; 16-bit units on Windows, 32-bit units elsewhere
 ///
-/// A text that cannot be converted counts as absent for that read: the next layer is asked, and a
-/// problem is reported. So no read fails because of a slip in a file.
+/// Numbers begin with a digit or a minus sign, and have no blanks around them. A text that cannot
+/// be converted counts as absent for that read: the next layer is asked, and a problem is reported.
+/// So no read fails because of a slip in a file.
 
 #ifndef LAPWING_KIT_SETTINGS_LAYERS_H
 #define LAPWING_KIT_SETTINGS_LAYERS_H
@@ -221,7 +222,7 @@ class ScopedSetting final {
 public:
     /// `settings` must outlive the object. Throws std::invalid_argument if no text can hold the
     /// value: a double that is not finite, or wide text that is not Unicode.
-    ScopedSetting(LayeredSettings& settings, std::string key, detail::Parameter<V> value);
+    ScopedSetting(LayeredSettings& settings, const std::string& key, detail::Parameter<V> value);
 
     ScopedSetting(const ScopedSetting&) = delete;
     ScopedSetting& operator=(const ScopedSetting&) = delete;
@@ -230,8 +231,8 @@ public:
     ~ScopedSetting();
 
 private:
-    LayeredSettings& settings;
-    std::string key;
+    LayeredSettings& owner;
+    std::string overriddenKey;
     std::uint64_t id;
 };
 
