@@ -49,38 +49,64 @@ file(WRITE ${FOLDER}/no_words/empty.txt "")
 file(MAKE_DIRECTORY ${FOLDER}/no_files/folder)
 
 set(statistics
-    "[^\n]*: 2 files found, 2 read .6600000 bytes., 1 skipped [^\n]*\n"
-    "800000 words, 3 different, most frequent: lapwing .400000., records .200000., replays [^\n]*\n"
-    "\n")
+    "[^\n]*: 2 files found, 2 read .6600000 bytes., 3 different words\n\n")
 set(headings
     "operation +runs +recorded +work +padded +final +late p50 +late p99 +late worst +overruns +note\n")
 # By name. The numbers of three runs each: one of them is too slow.
 set(times " +3 +[0-9]+ ms( +[0-9]+[.][0-9]+ ms)+ +")
 string(CONCAT rows "count the words${times}[0-3]\n" "publish the report +3 +- .* no recorded samples\n"
-    "read the bytes${times}[0-3]\n" "sort by frequency${times}[0-3]\n"
-    "walk the tree${times}[0-3]\n")
-string(CONCAT ending
-    "\nRecorded: .* Replayed: .* padded.*whole milliseconds.*"
-    "\"publish the report\" is never recorded, on purpose.*"
-    "\nThe last replay of \"[^\n]*\" is 20 ms too slow, on purpose.*")
+    "read the bytes${times}[0-3]\n" "walk the tree${times}[0-3]\n")
+string(CONCAT ending "\nThe stand-ins do nothing .* On purpose, \"publish the report\"\n"
+    "is never recorded, and the last run of \"count the words\" is 20 ms too slow[.]\n")
 string(CONCAT whole ${statistics} ${headings} ${rows} ${ending})
 check(table EXIT 0 OUTPUT "${whole}" ARGUMENTS ${FOLDER}/words)
 
 # The worst call is at least 20 ms late.
 set(overrun "([2-9][0-9]|[1-9][0-9][0-9]+)[.][0-9]+ ms +[1-3]\n")
-check(overrun EXIT 0 OUTPUT ".*\n[a-z ]+3 +[0-9]+ ms [^\n]* ${overrun}.*"
+check(overrun EXIT 0 OUTPUT ".*\ncount the words +3 +[0-9]+ ms [^\n]* ${overrun}.*"
     ARGUMENTS ${FOLDER}/words)
 
 string(CONCAT log
     "First pass: Begin\n  walk the tree: Begin\n    walk the tree: note: [^\n]*\n.*"
-    "\nSecond pass: Begin\n  walk the tree: Begin\n    walk the tree: note: [^\n]*\n.*"
+    "\nSecond pass: Begin\n  count the words: Begin\n    count the words: note: [^\n]*\n.*"
     "\nSecond pass: End - [0-9]+ ms\n")
 check(log EXIT 0 OUTPUT ".*\nwalk the tree +1 .*" ERROR "${log}"
     ARGUMENTS --set enableTimingProfileLogging=true --set replay.runs=1 ${FOLDER}/words)
+set(ENV{REPLAY_HOST_REPLAY_RUNS} 2)
+check(environment EXIT 0 OUTPUT ".*\nwalk the tree +2 .*" ARGUMENTS ${FOLDER}/words)
+check(arguments_first EXIT 0 OUTPUT ".*\nwalk the tree +1 .*"
+    ARGUMENTS --set replay.runs=1 ${FOLDER}/words)
+set(ENV{REPLAY_HOST_REPLAY_RUNS} many)
+check_refusal(environment_not_number "environment variable REPLAY_HOST_REPLAY_RUNS: "
+    ${FOLDER}/words)
+unset(ENV{REPLAY_HOST_REPLAY_RUNS})
 check(no_words EXIT 0 ARGUMENTS ${FOLDER}/no_words
-    OUTPUT "[^\n]*: 1 files found, 1 read .0 bytes., 0 skipped [^\n]*\n0 words, .*")
+    OUTPUT "[^\n]*: 1 files found, 1 read .0 bytes., 0 different words\n.*")
 check(utf8 EXIT 0 OUTPUT "[^\n]*/words/日本: 1 files found, 1 read .*" ARGUMENTS ${FOLDER}/words/日本)
 check(help EXIT 0 OUTPUT "Usage: ${program} .*" ARGUMENTS ${FOLDER}/missing --help)
+
+check(record EXIT 0 OUTPUT "${statistics}" ARGUMENTS --record ${FOLDER}/日本.json ${FOLDER}/words)
+check(record_more EXIT 0 OUTPUT "${statistics}"
+    ARGUMENTS --set replay.runs=1 --record ${FOLDER}/日本.json ${FOLDER}/words)
+file(READ ${FOLDER}/日本.json recordings)
+string(JSON samples GET "${recordings}" recordings 0 samples "walk the tree")
+string(JSON runs LENGTH "${samples}")
+string(JSON recordings LENGTH "${recordings}" recordings)
+require_match(recordings "the file" "${recordings} with ${runs}" "^2 with 3$")
+string(CONCAT whole ${headings} ${rows} ${ending})
+check(replay EXIT 0 OUTPUT "${whole}"
+    ARGUMENTS --trace ${FOLDER}/trace.json --replay ${FOLDER}/日本.json)
+file(READ ${FOLDER}/trace.json trace)
+string(JSON events LENGTH "${trace}{}]")
+# Three operations and one without data run three times each, within one scope.
+string(REGEX MATCHALL "\"ph\":\"[BE]\"" scopes "${trace}")
+list(LENGTH scopes scopes)
+require_match(trace "the trace" "${scopes}" "^26$")
+check(missing_recordings EXIT 1 ERROR "${program}: [^\n]*missing.json: [^\n]*\n"
+    ARGUMENTS --replay ${FOLDER}/missing.json)
+file(WRITE ${FOLDER}/broken.json "{\n]")
+check(broken_recordings EXIT 1 ERROR "${program}: [^\n]*broken.json:2:1: [^\n]*\n"
+    ARGUMENTS --replay ${FOLDER}/broken.json)
 
 check_refusal(no_arguments "no folder given")
 # A list of arguments would lose an empty one.
@@ -92,12 +118,13 @@ check_refusal(file "not a folder: \"[^\n]*/top.txt\"" ${FOLDER}/words/top.txt)
 check_refusal(no_files "no readable file below \"[^\n]*/no_files\"" ${FOLDER}/no_files)
 check_refusal(two_folders "one folder only, [^\n]*\"two\"" one two)
 check_refusal(unknown_option "unknown option \"--fast\"" --fast ${FOLDER}/words)
-check_refusal(set_alone "--set needs key=value" ${FOLDER}/words --set)
-check_refusal(set_without_value "--set needs key=value, not \"replay.runs\"" --set replay.runs)
+check_refusal(set_alone "--set needs a value" ${FOLDER}/words --set)
+check_refusal(set_without_value "a setting must be key=value, not \"replay.runs\""
+    --set replay.runs ${FOLDER}/words)
 check_refusal(unknown_setting "unknown setting \"runs\"" --set runs=1 ${FOLDER}/words)
 foreach(runs IN ITEMS 0 101 2.5 0x3 99999999999 "")
-    check_refusal(runs_${runs} "setting replay.runs: \"?${runs}\"? is not "
+    check_refusal(runs_${runs} "(the arguments: )?setting replay.runs: \"?${runs}\"? is not "
         --set replay.runs=${runs} ${FOLDER}/words)
 endforeach()
-check_refusal(not_boolean "setting enableTimingProfileLogging: \"yes\" is not true or false"
+check_refusal(not_boolean "the arguments: setting enableTimingProfileLogging: \"yes\" is not true, false, 1 or 0"
     --set enableTimingProfileLogging=yes ${FOLDER}/missing)

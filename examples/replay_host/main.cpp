@@ -1,24 +1,21 @@
+// A host to copy from: it installs settings and a log, records real operations, and replays them
+// with stand-ins.
+
 #include "options.h"
-#include "replay.h"
-#include "report.h"
-#include "text_settings.h"
-#include "usage_error.h"
 #include "word_statistics.h"
 
-#include <lapwing/instrumentation.h>
-#include <lapwing/settings.h>
+#include <lapwing/built_in_settings.h>
+#include <lapwing/kit/log_sinks.h>
+#include <lapwing/kit/recording_file.h>
+#include <lapwing/kit/replay.h>
+#include <lapwing/kit/settings_layers.h>
+#include <lapwing/kit/trace.h>
 
-#include <algorithm>
-#include <cstdint>
-#include <cstdio>
-#include <exception>
-#include <filesystem>
+#include <functional>
 #include <iostream>
-#include <stdexcept>
-#include <string>
-#include <system_error>
-#include <utility>
-#include <vector>
+#include <memory>
+#include <optional>
+#include <thread>
 
 #ifdef _WIN32
 #include <windows.h>
@@ -28,104 +25,88 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Sends the log lines of all threads to standard error while it exists, each line as a whole. It
-// is made before anything else that uses the library.
-class StandardErrorLog final {
-public:
-    StandardErrorLog() {
-        Instrumentation::setGlobalLogMessageHandler([](const std::string& line) {
-            const std::string text = line + '\n';
-            std::fwrite(text.data(), 1, text.size(), stderr);
-        });
+using DeveloperConfig::enableTimingProfileLogging;
+
+constexpr const char* unrecordedName = "publish the report";
+constexpr Milliseconds plannedOverrun{20};
+
+TimingProfile recordPass(const fs::path& folder, bool logging) {
+    if (!fs::is_directory(folder)) {
+        throw UsageError((fs::exists(folder) ? "not a folder: \"" : "no such folder: \"") +
+                         toText(folder) + '"');
     }
-    StandardErrorLog(const StandardErrorLog&) = delete;
-    StandardErrorLog& operator=(const StandardErrorLog&) = delete;
-    ~StandardErrorLog() { Instrumentation::setGlobalLogMessageHandler({}); }
-};
-
-struct Statistics {
-    FileTree tree;
-    FileContents contents;
-    WordCounts counts;
-    WordRanking ranking;
-};
-
-std::vector<Operation> realOperations(const fs::path& folder, Statistics& found) {
-    return {
-        {"walk the tree", [&, folder](Instrumentation&) { found.tree = walkTree(folder); }},
-        {"read the bytes", [&](Instrumentation&) { found.contents = readBytes(found.tree); }},
-        {"count the words", [&](Instrumentation&) { found.counts = countWords(found.contents); }},
-        {"sort by frequency",
-         [&](Instrumentation&) { found.ranking = sortByFrequency(found.counts); }},
+    const Instrumentation pass("First pass", logging, {});
+    TimingProfileCollector collector;
+    const auto time = [&](const char* name, const std::function<void()>& work) {
+        for (std::int32_t run = 0; run < runs(); ++run) {
+            collectTimingProfileSample(std::ref(collector), name, logging,
+                                       [&](Instrumentation& /*run*/) { work(); });
+        }
     };
-}
-
-// Reads the other setting too, so that a wrong text is refused at the start.
-std::int32_t checkedRuns() {
-    static_cast<void>(DeveloperConfig::enableTimingProfileLogging());
-    const DeveloperConfig::Integer setting{runsKey, defaultRuns};
-    const std::int32_t runs = setting();
-    if (runs < 1 || runs > maxRuns) {
-        throw UsageError("setting " + std::string(setting.name) + ": " + std::to_string(runs) +
-                         " is not within 1 to " + std::to_string(maxRuns));
-    }
-    return runs;
-}
-
-void requireFolder(const fs::path& folder) {
-    const std::string quoted = '"' + toText(folder) + '"';
-    std::error_code error;
-    const fs::file_status status = fs::status(folder, error);
-    if (status.type() == fs::file_type::not_found) {
-        throw UsageError("no such folder: " + quoted);
-    }
-    if (status.type() == fs::file_type::none) {
-        throw UsageError("cannot look at " + quoted + ": " + error.message());
-    }
-    if (status.type() != fs::file_type::directory) {
-        throw UsageError("not a folder: " + quoted);
-    }
-}
-
-std::string slowestOf(const std::vector<std::string>& names, const TimingProfile& recorded) {
-    return *std::max_element(names.begin(), names.end(), [&](const auto& left, const auto& right) {
-        return averageOf(recorded, left) < averageOf(recorded, right);
-    });
-}
-
-void recordAndReplay(const fs::path& folder, std::int32_t runs) {
     Statistics found;
-    const std::vector<Operation> operations = realOperations(folder, found);
-    const TimingProfile recorded = recordPass(operations, runs);
-    if (found.contents.texts.empty()) {
-        throw UsageError("no readable file below \"" + toText(folder) + "\"");
+    time("walk the tree", [&] { walkTree(folder, found); });
+    time("read the bytes", [&] { readBytes(found); });
+    time("count the words", [&] { countWords(found); });
+    if (found.texts.empty()) {
+        throw UsageError("no readable file below \"" + toText(folder) + '"');
     }
-
-    std::vector<std::string> names;
-    names.reserve(operations.size() + 1);
-    for (const Operation& operation : operations) {
-        names.push_back(operation.name);
-    }
-    const std::string slowName = slowestOf(names, recorded);
-    const std::string unrecordedName = "publish the report";
-    names.push_back(unrecordedName);
-    const lapwing::ReplayReport replayed = replayPass(recorded, names, slowName, runs);
-
-    std::cout << toText(folder) << ": "
-              << formatStatistics(found.tree, found.contents, found.ranking) << '\n'
-              << lapwing::formatReport(replayed) << '\n'
-              << formatExplanation(slowName, unrecordedName);
+    std::cout << toText(folder) << ": " << found.files.size() << " files found, "
+              << found.texts.size() << " read (" << found.bytes << " bytes), " << found.words.size()
+              << " different words\n\n";
+    return collector.extractProfile();
 }
 
-void run(const std::string& program, const std::vector<fs::path>& arguments) {
-    const Options options = parseOptions(arguments);
+// The stand-ins do nothing, except that the last run of the first name is too slow.
+void replayPass(const TimingProfile& recorded, bool logging) {
+    const Instrumentation pass("Second pass", logging, {});
+    lapwing::Replayer replayer(recorded, lapwing::ReplayPolicy::average());
+    std::map<std::string, lapwing::ReplayedOperation> operations = replayer.report().operations;
+    operations.try_emplace(unrecordedName);
+    const std::string slowName = operations.begin()->first;
+    const Milliseconds slow = operations.begin()->second.recorded.value_or(Milliseconds(0));
+    for (const auto& operation : operations) {
+        for (std::int32_t run = 1; run <= runs(); ++run) {
+            const bool isSlow = operation.first == slowName && run == runs();
+            collectTimingProfileSampleAndEmulate(
+                {}, std::ref(replayer), operation.first, logging, [&](Instrumentation& /*run*/) {
+                    std::this_thread::sleep_for(isSlow ? slow + plannedOverrun : Milliseconds(0));
+                });
+        }
+    }
+    std::cout << lapwing::formatReport(replayer.report())
+              << "\nThe stand-ins do nothing and are padded to the recorded average. On purpose, \""
+              << unrecordedName << "\"\nis never recorded, and the last run of \"" << slowName
+              << "\" is " << plannedOverrun.count() << " ms too slow.\n";
+}
+
+void run(const Options& options, const std::string& program) {
     if (options.help) {
         std::cout << usage(program);
+        return;
+    }
+    const lapwing::LayeredSettings settings(
+        {std::make_shared<lapwing::ArgumentsLayer>(options.settings),
+         std::make_shared<lapwing::EnvironmentLayer>("REPLAY_HOST_")},
+        [](const std::string& problem) { throw UsageError(problem); });
+    if (runs() < 1 || runs() > 100) {
+        throw UsageError(std::string("setting ") + runs.name + ": " + std::to_string(runs()) +
+                         " is not within 1 to 100");
+    }
+    std::optional<lapwing::TraceFile> trace;
+    LogMessageHandler log =
+        enableTimingProfileLogging() ? lapwing::logToStandardError() : LogMessageHandler();
+    if (!options.trace.empty()) {
+        log = trace.emplace(options.trace).handler(std::move(log));
+    }
+    const bool logging = log != nullptr;
+    Instrumentation::setGlobalLogMessageHandler(std::move(log));
+    const TimingProfile recorded =
+        options.replay.empty() ? recordPass(options.folder, logging)
+                               : lapwing::flattened(lapwing::loadRecordings(options.replay));
+    if (!options.record.empty()) {
+        lapwing::appendRecording(options.record, lapwing::makeRecording(recorded));
     } else {
-        TextSettings settings(options.settings);
-        const std::int32_t runs = checkedRuns();
-        requireFolder(options.folder);
-        recordAndReplay(options.folder, runs);
+        replayPass(recorded, logging);
     }
     if (!std::cout.flush()) {
         throw std::runtime_error("cannot write to standard output");
@@ -133,11 +114,9 @@ void run(const std::string& program, const std::vector<fs::path>& arguments) {
 }
 
 int runAndReport(const std::vector<fs::path>& commandLine) {
-    const StandardErrorLog log;
-    std::string program;
+    const std::string program = toText(commandLine.at(0).filename());
     try {
-        program = toText(commandLine.at(0).filename());
-        run(program, {commandLine.begin() + 1, commandLine.end()});
+        run(parseOptions({commandLine.begin() + 1, commandLine.end()}), program);
     } catch (const UsageError& error) {
         std::cerr << program << ": " << error.what() << "\nTry: " << program << " --help\n";
         return 2;
@@ -153,11 +132,8 @@ int runAndReport(const std::vector<fs::path>& commandLine) {
 #ifdef _WIN32
 // The arguments come as UTF-16. What the host prints is UTF-8.
 extern "C" int wmain(int argc, wchar_t* argv[]) {
-    const UINT previous = GetConsoleOutputCP();
     SetConsoleOutputCP(CP_UTF8);
-    const int exitCode = runAndReport(std::vector<fs::path>(argv, argv + argc));
-    SetConsoleOutputCP(previous);
-    return exitCode;
+    return runAndReport(std::vector<fs::path>(argv, argv + argc));
 }
 #else
 int main(int argc, char* argv[]) {

@@ -1,64 +1,62 @@
 #include "options.h"
 
-#include "usage_error.h"
-#include "word_statistics.h"
-
-#include <lapwing/settings.h>
+#include <lapwing/built_in_settings.h>
 
 #include <algorithm>
-#include <cstddef>
-#include <sstream>
+#include <map>
 
 namespace fs = std::filesystem;
 
 namespace {
 
-// What each setting means, by key.
-std::map<std::string, std::string> knownSettings() {
-    return {{runsKey, "runs of each operation in each pass, 1 to " + std::to_string(maxRuns) +
-                          ", default " + std::to_string(defaultRuns)},
-            {DeveloperConfig::enableTimingProfileLogging.name,
-             "true or false (1 or 0): log each run on standard error, default false"}};
+// Nothing would ever read another key.
+void requireKnown(const std::string& setting) {
+    const std::string key = setting.substr(0, setting.find('='));
+    if (key != runs.name && key != DeveloperConfig::enableTimingProfileLogging.name) {
+        throw UsageError("unknown setting \"" + key + '"');
+    }
 }
 
-void parseSetting(const std::string& argument, Options& options) {
-    const std::size_t separator = argument.find('=');
-    if (separator == std::string::npos) {
-        throw UsageError("--set needs key=value, not \"" + argument + "\"");
+void requireFolder(const std::string& text, const Options& options) {
+    if (text.empty() || text.front() == '-') {
+        throw UsageError(text.empty() ? "the folder's name is empty"
+                                      : "unknown option \"" + text + '"');
     }
-    const std::string key = argument.substr(0, separator);
-    if (knownSettings().count(key) == 0) {
-        throw UsageError("unknown setting \"" + key + "\"");
+    if (!options.folder.empty()) {
+        throw UsageError("one folder only, but there is also \"" + text + '"');
     }
-    options.settings[key] = argument.substr(separator + 1);
 }
 
 }  // namespace
 
 Options parseOptions(const std::vector<fs::path>& arguments) {
     Options options;
-    if (std::find(arguments.begin(), arguments.end(), fs::path("--help")) != arguments.end()) {
+    if (std::find(arguments.begin(), arguments.end(), "--help") != arguments.end()) {
         options.help = true;
         return options;
     }
+    fs::path setting;
+    const std::map<fs::path, fs::path*> targets{{"--set", &setting},
+                                                {"--record", &options.record},
+                                                {"--replay", &options.replay},
+                                                {"--trace", &options.trace}};
     for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
-        const std::string text = toText(*argument);
-        if (text == "--set") {
-            if (++argument == arguments.end()) {
-                throw UsageError("--set needs key=value after it");
-            }
-            parseSetting(toText(*argument), options);
-        } else if (text.empty()) {
-            throw UsageError("the folder's name is empty");
-        } else if (text.front() == '-') {
-            throw UsageError("unknown option \"" + text + "\"");
-        } else if (!options.folder.empty()) {
-            throw UsageError("one folder only, but there is also \"" + text + "\"");
-        } else {
+        const auto target = targets.find(*argument);
+        if (target == targets.end()) {
+            requireFolder(toText(*argument), options);
             options.folder = *argument;
+            continue;
+        }
+        if (++argument == arguments.end() || argument->empty()) {
+            throw UsageError(toText(target->first) + " needs a value after it");
+        }
+        *target->second = *argument;
+        if (target->second == &setting) {
+            requireKnown(toText(setting));
+            options.settings.push_back(toText(setting));
         }
     }
-    if (options.folder.empty()) {
+    if (options.folder.empty() && options.replay.empty()) {
         throw UsageError("no folder given");
     }
     return options;
@@ -70,22 +68,17 @@ std::string toText(const fs::path& argument) {
 }
 
 std::string usage(const std::string& program) {
-    std::ostringstream text;
-    text
-        << "Usage: " << program
-        << " [--set key=value]... folder\n"
-           "\n"
-           "Times real operations on the files below the folder, replays them with stand-ins that\n"
-           "are padded to the recorded averages, and compares the two. Links are not followed.\n"
-           "At most "
-        << maxBytes / bytesPerMebibyte << " MiB are read, and at most " << maxEntries
-        << " files and folders are looked at.\n"
-           "\n"
-           "Settings (any other key is refused):\n";
-    for (const auto& [key, meaning] : knownSettings()) {
-        text << "  " << key << "\n      " << meaning << '\n';
-    }
-    text << "\n"
-            "Exit code: 0 done, 1 failed, 2 wrong arguments or nothing to read\n";
-    return text.str();
+    return "Usage: " + program + R"( [OPTION...] FOLDER
+
+Times real operations on the files below the folder, replays them with stand-ins that are padded to
+the recorded averages, and tells how true the replay was.
+
+  --record FILE    add what was recorded to FILE, and replay nothing
+  --replay FILE    replay the recordings in FILE, and record nothing; needs no FOLDER
+  --trace FILE     write each run to FILE, for ui.perfetto.dev or chrome://tracing
+  --set KEY=VALUE  settings, also read from the environment as REPLAY_HOST_KEY:
+                   replay.runs (1 to 100, default 3), enableTimingProfileLogging (default false)
+
+Exit code: 0 done, 1 failed, 2 wrong arguments or nothing to read
+)";
 }
