@@ -3,41 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include "module.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <vector>
 
-#ifdef _WIN32
-#include <windows.h>
-#else
-#include <dlfcn.h>
-#endif
-
 namespace {
-
-#ifdef _WIN32
-using Module = HMODULE;
-const auto load = LoadLibraryA;
-const auto findAddress = GetProcAddress;
-bool unload(Module module) {
-    return FreeLibrary(module) != 0;
-}
-#else
-using Module = void*;
-const auto findAddress = dlsym;
-Module load(const char* path) {
-    return dlopen(path, RTLD_NOW | RTLD_LOCAL);
-}
-bool unload(Module module) {
-    return dlclose(module) == 0;
-}
-#endif
-
-template <class Function>
-Function* find(Module module, const char* name) {
-    return reinterpret_cast<Function*>(reinterpret_cast<void*>(findAddress(module, name)));
-}
 
 using Start = void(void (*tell)(const char*));
 using Lines = std::vector<std::string>;
