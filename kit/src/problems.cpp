@@ -1,12 +1,11 @@
 #include <lapwing/kit/problems.h>
 
-#include <cstdio>
+#include "line_output.h"
 
 namespace lapwing {
 
 void reportToStandardError(const std::string& problem) {
-    const std::string line = problem + '\n';
-    std::fwrite(line.data(), 1, line.size(), stderr);
+    writeToStandardError(problem);
 }
 
 }  // namespace lapwing

@@ -14,8 +14,8 @@ namespace lapwing {
 /// threads at once if they meet problems at once. Its exceptions propagate to that thread's caller.
 using ProblemHandler = std::function<void(const std::string& problem)>;
 
-/// Writes `problem` to standard error as one line, in one piece. Throws nothing if that fails. Any
-/// number of threads may call it at once.
+/// Writes `problem` to standard error as one line, in one piece. Failures are ignored. Any number
+/// of threads may call it at once.
 void reportToStandardError(const std::string& problem);
 
 }  // namespace lapwing
