@@ -4,6 +4,7 @@
 #define LAPWING_KIT_SRC_SYSTEM_FILE_H
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -41,8 +42,14 @@ private:
     SystemHandle owned;
 };
 
+// Replaces the file by an empty one. Others can read it meanwhile.
+SystemFile createFile(const std::filesystem::path& file);
+
 // Writes all of `bytes`. `name` stands for the file in errors.
 void writeAll(const SystemFile& file, std::string_view bytes, const std::filesystem::path& name);
+
+// Cuts off what is behind the first `size` bytes, if the system can do that.
+void truncate(const SystemFile& file, std::uint64_t size) noexcept;
 
 // A file to read. It does not keep others from replacing the file meanwhile: it still reads the
 // file that it opened.

@@ -24,6 +24,14 @@ bool SystemFile::isOpen() const noexcept {
     return owned >= 0;
 }
 
+SystemFile createFile(const std::filesystem::path& file) {
+    SystemFile created(::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    if (!created.isOpen()) {
+        throwSystemError(file);
+    }
+    return created;
+}
+
 void writeAll(const SystemFile& file, std::string_view bytes, const std::filesystem::path& name) {
     while (!bytes.empty()) {
         const ssize_t written = ::write(file.handle(), bytes.data(), bytes.size());
@@ -33,6 +41,10 @@ void writeAll(const SystemFile& file, std::string_view bytes, const std::filesys
             throwSystemError(name);
         }
     }
+}
+
+void truncate(const SystemFile& file, std::uint64_t size) noexcept {
+    [[maybe_unused]] const int result = ::ftruncate(file.handle(), static_cast<off_t>(size));
 }
 
 InputFile::InputFile(std::filesystem::path file)

@@ -40,6 +40,15 @@ bool SystemFile::isOpen() const noexcept {
     return owned != INVALID_HANDLE_VALUE;
 }
 
+SystemFile createFile(const std::filesystem::path& file) {
+    SystemFile created(CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE,
+                                   nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!created.isOpen()) {
+        throwSystemError(file);
+    }
+    return created;
+}
+
 void writeAll(const SystemFile& file, std::string_view bytes, const std::filesystem::path& name) {
     while (!bytes.empty()) {
         DWORD written = 0;
@@ -48,6 +57,14 @@ void writeAll(const SystemFile& file, std::string_view bytes, const std::filesys
             throwSystemError(name);
         }
         bytes.remove_prefix(written);
+    }
+}
+
+void truncate(const SystemFile& file, std::uint64_t size) noexcept {
+    LARGE_INTEGER end{};
+    end.QuadPart = static_cast<LONGLONG>(size);
+    if (SetFilePointerEx(file.handle(), end, nullptr, FILE_BEGIN) != 0) {
+        SetEndOfFile(file.handle());
     }
 }
 

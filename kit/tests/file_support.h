@@ -50,12 +50,16 @@ protected:
         fs::remove_all(folder);
     }
 
-    // Runs the program of other_process.cpp eight times at once. The results are 0 if it succeeds.
+    // Runs the program of other_process.cpp. Returns 0 if it succeeds.
+    [[nodiscard]] int run(const std::string& command) const {
+        return std::system(('"' + program + "\" " + command).c_str());
+    }
+
+    // Runs it eight times at once.
     [[nodiscard]] std::vector<std::future<int>> startEight(const std::string& command) const {
-        const std::string line = '"' + program + "\" " + command;
         std::vector<std::future<int>> results(8);
         for (std::future<int>& result : results) {
-            result = std::async(std::launch::async, [line] { return std::system(line.c_str()); });
+            result = std::async(std::launch::async, [this, command] { return run(command); });
         }
         return results;
     }

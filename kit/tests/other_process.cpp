@@ -1,15 +1,25 @@
-// What the tests have done by other processes, to runs.json in the working folder:
+// What the tests have done by other processes, in the working folder. To runs.json:
 //   append  appends a hundred recordings, half of them by a second thread
 //   save    saves it again and again, in turn with 50,000 samples and with one, and dies meanwhile
 //   die     dies in the middle of saving it (not on Windows)
+// To trace.json:
+//   kill    writes 20,000 scopes and is killed
+//   leave   writes some, and leaves the trace to the end of the process
 
 #include <lapwing/kit/recording_file.h>
+#include <lapwing/kit/trace.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
+#include <optional>
 #include <random>
 #include <string>
 #include <thread>
+
+#ifdef _WIN32
+#include <windows.h>
+#endif
 
 namespace {
 
@@ -47,16 +57,47 @@ void dieSoon() {
     std::_Exit(0);
 }
 
+// Destroyed after the trace.
+struct Late {
+    ~Late() { Instrumentation("Late").note("sent"); }
+} late;
+
+std::optional<lapwing::TraceFile> trace;
+
+void writeScopes(int count) {
+    Instrumentation::setGlobalLogMessageHandler(trace.emplace("trace.json").handler());
+    for (int number = 0; number < count; ++number) {
+        Instrumentation("Scope").note("inside");
+    }
+}
+
+void killThisProcess() {
+#ifdef _WIN32
+    TerminateProcess(GetCurrentProcess(), 1);
+#else
+    std::raise(SIGKILL);
+#endif
+}
+
 }  // namespace
 
 int main(int /*argc*/, char** argv) {
-    if (argv[1] == std::string("append")) {
+    const std::string command = argv[1];
+    if (command == "leave") {
+        writeScopes(3);
+        return 0;
+    }
+    if (command == "kill") {
+        writeScopes(20'000);
+        killThisProcess();
+    }
+    if (command == "append") {
         std::thread other(append);
         append();
         other.join();
         return 0;
     }
-    diesWhenItFlushes = argv[1] == std::string("die");
+    diesWhenItFlushes = command == "die";
     save(1);
     std::thread(dieSoon).detach();
     for (;;) {

@@ -25,31 +25,39 @@ struct TraceOptions {
 
 /// Writes the lines of Instrumentation to a file as trace events:
 /// - "Begin" and "End" of a scope begin and end an interval on their thread's row;
-/// - all other lines, and an "End" that does not match the innermost interval of its thread, are
-///   instants.
-/// The process and each thread have their names. Times are read when a line arrives, on the steady
-/// clock, in microseconds since the construction.
+/// - all other lines are instants, and so is an "End" that does not match the innermost interval of
+///   its thread. The interval that it belongs to ends later, as soon as it is the innermost.
+///
+/// A note that reads like a "Begin" begins an interval. The process and each thread have their
+/// names. Times are read when a line arrives, on the steady clock, in microseconds since the
+/// construction. Control characters are escaped, and a text that is not UTF-8 stands in
+/// hexadecimal digits behind "hex:".
 ///
 /// Events are kept until there is a block of 64 KiB, which is written at once. The file is the form
 /// of the format that needs no end: it can be opened at any time, also after the process was
 /// killed, and then has all but the last block. At the size limit, or if writing fails, one problem
-/// is reported and nothing more is written.
+/// is reported and nothing more is written; the file still has whole events only.
 ///
-/// Thread safety: handlers and their copies may be called on any number of threads at once. One
-/// lock is held while an event is kept, and while a block is written.
+/// It may be a static object, and its handlers may stay installed when the process ends or when the
+/// module that has both is unloaded together with the library.
+///
+/// Thread safety: handlers and their copies may be called on any number of threads at once, and
+/// flush() as well. One lock is held while an event is kept, and while a block is written.
 class TraceFile {
 public:
-    /// Replaces `file`. Throws std::system_error, with the file's name, if it cannot be written.
+    /// Replaces `file`. Throws std::system_error, with the file's name, if it cannot be opened.
     explicit TraceFile(const std::filesystem::path& file, TraceOptions options = {});
 
     TraceFile(const TraceFile&) = delete;
     TraceFile& operator=(const TraceFile&) = delete;
 
-    /// Writes what was kept and closes the file. Handlers that are still installed drop what they
-    /// get from then on, but pass it on.
+    /// Writes what was kept and closes the file. From then on, handlers that are still installed
+    /// only pass lines on. Exceptions of the problem handler are discarded.
     ~TraceFile();
 
     /// Returns a handler that writes each line, and then passes it to `next`, if that is not empty.
+    /// `next` is called with no lock held, and gets all lines: also after the limit or a failure.
+    /// Copies of the handler share it. Its exceptions propagate.
     [[nodiscard]] LogMessageHandler handler(LogMessageHandler next = {});
 
     /// Writes what was kept so far.
