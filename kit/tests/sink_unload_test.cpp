@@ -1,0 +1,59 @@
+// Sinks that a host leaves installed. This program is not linked with the library: a host module
+// brings it.
+
+#include <gtest/gtest.h>
+
+#include "module.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+namespace {
+
+class InstalledSink : public testing::TestWithParam<const char*> {
+protected:
+    ~InstalledSink() override { std::filesystem::remove(trace); }
+
+    [[nodiscard]] Module loadHost() const {
+        Module host = load(LAPWING_KIT_TESTS_SINK_HOST);
+        find<void(const char*, const char*)>(host, "install")(GetParam(), trace.c_str());
+        return host;
+    }
+
+    // Of a trace file that was closed before "Late".
+    void checkTrace() const {
+        std::ostringstream contents;
+        contents << std::ifstream(trace).rdbuf();
+        const std::string text = contents.str();
+        EXPECT_EQ(text.find("Early: sent") != std::string::npos,
+                  GetParam() == std::string("trace"));
+        EXPECT_EQ(text.find("Late"), std::string::npos);
+    }
+
+private:
+    const std::string trace = std::string(GetParam()) + ".trace.json";
+};
+
+TEST_P(InstalledSink, LetsItsModuleBeUnloadedAndTheProcessEnd) {
+    for (int round = 0; round < 2; ++round) {
+        testing::internal::CaptureStderr();
+        EXPECT_TRUE(unload(loadHost()));
+        const std::string lines = testing::internal::GetCapturedStderr();
+        EXPECT_NE(lines.find("Late: sent"), std::string::npos) << lines;
+        checkTrace();
+    }
+    const auto leave = [this] {
+        (void)loadHost();
+        std::exit(0);
+    };
+    EXPECT_EXIT(leave(), testing::ExitedWithCode(0), "Late: sent");
+    checkTrace();
+}
+
+INSTANTIATE_TEST_SUITE_P(AsGlobalHandler, InstalledSink,
+                         testing::Values("stream", "error", "debugger", "filtered", "trace"));
+
+}  // namespace
