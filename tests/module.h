@@ -17,7 +17,9 @@ inline Module load(const char* path) {
 inline bool unload(Module module) {
     return FreeLibrary(module) != 0;
 }
-inline const auto findAddress = GetProcAddress;
+inline void* findAddress(Module module, const char* name) {
+    return reinterpret_cast<void*>(GetProcAddress(module, name));
+}
 #else
 using Module = void*;
 inline Module load(const char* path) {
@@ -26,12 +28,14 @@ inline Module load(const char* path) {
 inline bool unload(Module module) {
     return dlclose(module) == 0;
 }
-inline const auto findAddress = dlsym;
+inline void* findAddress(Module module, const char* name) {
+    return dlsym(module, name);
+}
 #endif
 
 template <class Function>
 Function* find(Module module, const char* name) {
-    return reinterpret_cast<Function*>(reinterpret_cast<void*>(findAddress(module, name)));
+    return reinterpret_cast<Function*>(findAddress(module, name));
 }
 
 #endif  // LAPWING_TESTS_MODULE_H

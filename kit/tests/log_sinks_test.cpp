@@ -122,16 +122,16 @@ TEST(LogSinks, WriteALineToAPipeThatIsFull) {
 
 TEST(LogSinks, PassOnLinesInOrder) {
     std::string got;
-    const LogMessageHandler first = [&got](const std::string& line) { got += "1" + line; };
-    const LogMessageHandler second = [&got](const std::string& line) { got += "2" + line; };
-    const LogMessageHandler failing = [](const std::string&) { throw std::runtime_error("full"); };
+    const LogMessageHandler one = [&got](const std::string& line) { got += "1" + line; };
+    const LogMessageHandler two = [&got](const std::string& line) { got += "2" + line; };
+    const LogMessageHandler full = [](const std::string&) { throw std::runtime_error("full"); };
     const LogMessagePredicate isShort = [](const std::string& line) { return line.size() < 2; };
 
-    const LogMessageHandler both = tee(filtered(first, isShort), tee(filtered(second, {}), {}));
+    const LogMessageHandler both = tee(filtered(one, isShort), tee({}, filtered(two, {})));
     both("a");
     both("bc");
-    EXPECT_THROW(tee(failing, first)("x"), std::runtime_error);
-    EXPECT_THROW(tee(first, failing)("y"), std::runtime_error);
+    EXPECT_THROW(tee(full, one)("x"), std::runtime_error);
+    EXPECT_THROW(tee(one, full)("y"), std::runtime_error);
     EXPECT_EQ(got, "1a2a2bc1y");
     EXPECT_FALSE(tee({}, {}) || filtered({}, isShort));
 }
