@@ -35,7 +35,16 @@ LogMessageHandler makeSink(const std::string& name, const char* file) {
 
 }  // namespace
 
-extern "C" void install(const char* sink, const char* file) {
+extern "C" {
+
+void install(const char* sink, const char* file) {
     Instrumentation::setGlobalLogMessageHandler(makeSink(sink, file));
     Instrumentation("Early").note("sent");
 }
+
+void sendForever() {
+    for (;;) {
+        Instrumentation("Busy").note("sent");
+    }
+}
+}  // extern "C"

@@ -5,11 +5,13 @@
 
 #include "module.h"
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <thread>
 
 namespace {
 
@@ -52,6 +54,22 @@ TEST_P(InstalledSink, LetsItsModuleBeUnloadedAndTheProcessEnd) {
     EXPECT_EXIT(leave(), testing::ExitedWithCode(0), "Late: sent");
     checkTrace();
 }
+
+#ifdef _WIN32
+// They are ended before the module's static objects are destroyed, wherever they are. Elsewhere a
+// host stops its threads first.
+TEST_P(InstalledSink, LetsTheProcessEndWhileThreadsSend) {
+    const auto leave = [this] {
+        Module host = loadHost();
+        for (int number = 0; number < 3; ++number) {
+            std::thread(find<void()>(host, "sendForever")).detach();
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        std::exit(0);
+    };
+    EXPECT_EXIT(leave(), testing::ExitedWithCode(0), "Early: sent");
+}
+#endif
 
 INSTANTIATE_TEST_SUITE_P(AsGlobalHandler, InstalledSink,
                          testing::Values("stream", "error", "debugger", "filtered", "trace"));

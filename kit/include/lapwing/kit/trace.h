@@ -39,7 +39,8 @@ struct TraceOptions {
 /// is reported and nothing more is written; the file still has whole events only.
 ///
 /// It may be a static object, and its handlers may stay installed when the process ends or when the
-/// module that has both is unloaded together with the library.
+/// module that has both is unloaded together with the library. Windows ends all other threads
+/// before a DLL's static objects are destroyed: if one of them was writing, the last block is lost.
 ///
 /// Thread safety: handlers and their copies may be called on any number of threads at once, and
 /// flush() as well. One lock is held while an event is kept, and while a block is written.
