@@ -80,16 +80,21 @@ std::string fromHex(std::string_view digits) {
 }  // namespace
 
 bool isUtf8(std::string_view text) {
-    while (!text.empty()) {
+    return utf8Prefix(text) == text.size();
+}
+
+std::size_t utf8Prefix(std::string_view text) {
+    std::string_view rest = text;
+    while (!rest.empty()) {
         const auto* const form =
             std::find_if(utf8Forms.begin(), utf8Forms.end(),
-                         [&](const Utf8Form& candidate) { return beginsWith(text, candidate); });
+                         [&](const Utf8Form& candidate) { return beginsWith(rest, candidate); });
         if (form == utf8Forms.end()) {
-            return false;
+            break;
         }
-        text.remove_prefix(form->length);
+        rest.remove_prefix(form->length);
     }
-    return true;
+    return text.size() - rest.size();
 }
 
 std::string toFileText(std::string_view bytes) {

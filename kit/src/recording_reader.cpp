@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <bitset>
-#include <iterator>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <utility>
 
+#include "json_input.h"
 #include "recording_format.h"
 #include "utc_text.h"
 
@@ -16,29 +16,13 @@ namespace lapwing {
 
 RecordingFileError::RecordingFileError(const std::string& file, std::size_t line,
                                        std::size_t column, const std::string& reason)
-    : std::runtime_error(file + ':' + std::to_string(line) + ':' + std::to_string(column) + ": " +
-                         reason),
+    : std::runtime_error(TextPosition{line, column}.in(file) + ": " + reason),
       lineNumber(line),
       columnNumber(column) {}
 
 namespace {
 
 using Json = nlohmann::json;
-
-struct TextPosition {
-    std::size_t line = 1;
-    std::size_t column = 1;
-
-    void moveOver(std::string_view text) {
-        const std::size_t lastNewline = text.rfind('\n');
-        if (lastNewline == std::string_view::npos) {
-            column += text.size();
-            return;
-        }
-        line += static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
-        column = text.size() - lastNewline;
-    }
-};
 
 // Holds one buffer of the file, and knows where in the file that is.
 class FileInput {
@@ -117,34 +101,6 @@ private:
     bool exhausted = false;
 };
 
-// Without an input, it stands for the end of any.
-class InputIterator {
-public:
-    using iterator_category = std::input_iterator_tag;
-    using value_type = char;
-    using difference_type = std::ptrdiff_t;
-    using pointer = const char*;
-    using reference = char;
-
-    InputIterator() = default;
-    explicit InputIterator(FileInput& fileInput) : input(&fileInput) {}
-
-    char operator*() const { return input->current(); }
-    InputIterator& operator++() {
-        input->advance();
-        return *this;
-    }
-    friend bool operator==(const InputIterator& iterator, const InputIterator& /*end*/) {
-        return iterator.input->atEnd();
-    }
-    friend bool operator!=(const InputIterator& iterator, const InputIterator& end) {
-        return !(iterator == end);
-    }
-
-private:
-    FileInput* input = nullptr;
-};
-
 enum class Form { Text, WholeNumber, Object, Array };
 
 constexpr std::array<const char*, 4> formNames{"text", "a whole number", "an object", "an array"};
@@ -155,14 +111,6 @@ const char* nameOf(Form form) {
 
 // Where the parser is: in one of the format's objects and arrays.
 enum class Place { File, Recordings, Recording, Labels, Notes, Samples, Durations, End };
-
-// What the parser says of an error, without what concerns only the parser.
-std::string reasonOf(const std::string& message) {
-    constexpr std::string_view separator = " - ";
-    const std::size_t start = message.find(separator);
-    const std::size_t end = message.find("; last read: ");
-    return "not JSON: " + message.substr(start + separator.size(), end - start - separator.size());
-}
 
 // Takes the events of the parser. The parser sees to the grammar: a value stands at the start,
 // behind a key of an object, or in an array.
@@ -522,7 +470,7 @@ std::vector<Recording> parseRecordings(const ReadBytes& read, const std::string&
                                        const RecordingLimits& limits, const Counted& counted) {
     FileInput input(read, file, limits);
     RecordingHandler handler(input, limits, counted);
-    Json::sax_parse(InputIterator(input), InputIterator(), &handler);
+    Json::sax_parse(InputIterator(input), InputIterator<FileInput>(), &handler);
     // The parser takes a zero for the end.
     if (!input.isExhausted()) {
         input.refuse("text after the end");
