@@ -5,8 +5,11 @@
 // To trace.json:
 //   kill    writes 20,000 scopes and is killed
 //   leave   writes some, and leaves the trace to the end of the process
+// To settings.json:
+//   set     sets twenty keys, half of them by a second thread
 
 #include <lapwing/kit/recording_file.h>
+#include <lapwing/kit/settings_files.h>
 #include <lapwing/kit/trace.h>
 
 #include <chrono>
@@ -46,6 +49,16 @@ void append() {
     }
 }
 
+void set(lapwing::JsonFileLayer& settings) {
+    for (int number = 0; number < 10; ++number) {
+        const std::string key = lapwing::makeRecording({}).id;
+        settings.set(key, {"1", true});
+        if (settings.find(key) != "1") {
+            std::_Exit(1);
+        }
+    }
+}
+
 void save(std::size_t samples) {
     const std::vector<Milliseconds> durations(samples);
     lapwing::saveRecordings("runs.json", {{"1", {}, {}, {{}, {{"Scan", durations}}}}});
@@ -79,6 +92,15 @@ void killThisProcess() {
 #endif
 }
 
+// Calls it twice at once.
+template <class Call>
+int callInTwoThreads(const Call& call) {
+    std::thread other(call);
+    call();
+    other.join();
+    return 0;
+}
+
 }  // namespace
 
 int main(int /*argc*/, char** argv) {
@@ -92,10 +114,11 @@ int main(int /*argc*/, char** argv) {
         killThisProcess();
     }
     if (command == "append") {
-        std::thread other(append);
-        append();
-        other.join();
-        return 0;
+        return callInTwoThreads(append);
+    }
+    if (command == "set") {
+        lapwing::JsonFileLayer settings("settings.json");
+        return callInTwoThreads([&settings] { set(settings); });
     }
     diesWhenItFlushes = command == "die";
     save(1);

@@ -22,31 +22,36 @@ namespace lapwing {
 ///     }
 ///
 /// It is one object. The keys of objects within are joined with dots, so the file above has
-/// net.retries. A value is true, false, a number or a text; others are reported as problems and do
-/// not count. A key that is there twice makes the whole file wrong.
+/// net.retries. A value is true, false, a number, whose text is as it is written, or a text; null
+/// and arrays are reported as problems and do not count. A key that is there twice makes the whole
+/// file wrong.
 ///
 /// Changes are noticed: at most every 250 ms, a read looks at the file's time and size, and loads
 /// the file if they have changed. If the file is then wrong or gone, as in the middle of an
-/// editor's save, the last good values stay, and a problem is reported. No reader sees a part of a
-/// file, and none waits for another one's loading. A file that was never there is an empty one.
+/// editor's save, the last good values stay, and a problem is reported once. No reader sees a part
+/// of a file, and none waits for another one's loading, except for the first. A file that was never
+/// there is an empty one.
 ///
 /// A write saves the file as one flat, sorted object, as atomically as saveRecordings() does; what
-/// other programs have written meanwhile is kept. A file that has comments is never overwritten,
-/// nor is one that is wrong: the write is then dropped and reported as a problem, and so is one
-/// that fails, and a text that is not UTF-8.
+/// other programs have written meanwhile is kept, and so are null and arrays. A write that changes
+/// nothing does not touch the file. A file that has comments is never overwritten, nor is one that
+/// is wrong: the write is then dropped and reported as a problem, and so is one that fails, and a
+/// key or text that is not UTF-8.
+///
+/// A file is wrong, too, if it is not UTF-8, is larger than 16 MiB, or nests more than 100 deep.
 ///
 /// Thread safety: as for SettingsLayer.
 class JsonFileLayer final : public SettingsLayer {
 public:
-    /// Reads nothing yet.
+    /// Reads nothing yet. The folder that a relative name counts from is the current one.
     explicit JsonFileLayer(std::filesystem::path file);
     ~JsonFileLayer() override;
 
-    /// The file's name.
+    /// The file's name as it was given.
     [[nodiscard]] std::string name() const override;
     [[nodiscard]] std::optional<std::string> find(const std::string& key) const override;
 
-    /// FILE:LINE.
+    /// FILE:LINE, as of the last read.
     [[nodiscard]] std::string origin(const std::string& key) const override;
     [[nodiscard]] bool isWritable() const noexcept override;
     void set(const std::string& key, const SettingText& value) override;
