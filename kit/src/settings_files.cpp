@@ -103,7 +103,9 @@ public:
         return changes;
     }
 
-    // A literal can be anything but one.
+    [[nodiscard]] bool stores() const { return value.has_value(); }
+
+    // What is called a literal can be anything.
     void requireIn(const StoredValues& written) const {
         const auto found = written.find(key);
         if (value && (found == written.end() || !found->second.isSameAs(*value))) {
@@ -125,7 +127,6 @@ struct JsonFileLayer::State {
     void lookIfDue();
     Problems look();
     Problems load();
-    Problems keepNew(Problems problems);
     void change(const std::string& key, std::optional<StoredValue> value);
     StoredValues write(const Change& change);
     [[nodiscard]] bool mustWrite(const Change& change, SettingsDocument& document) const;
@@ -151,6 +152,7 @@ struct JsonFileLayer::State {
 };
 
 std::optional<StoredValue> JsonFileLayer::State::valueOf(const std::string& key) {
+    lookIfDue();
     const std::shared_lock lock(valuesMutex);
     const auto found = values.find(key);
     return found == values.end() || found->second.form == ValueForm::Other
@@ -186,13 +188,13 @@ Problems JsonFileLayer::State::look() {
     if (found == stamp && settled) {
         return {};
     }
-    Problems problems = found || stamp ? load() : Problems();
+    const Problems problems = found || stamp ? load() : Problems();
     if (found != stamp) {
         known.clear();
     }
     stamp = found;
     settled = willBeSettled;
-    return keepNew(std::move(problems));
+    return std::exchange(known, problems) == problems ? Problems() : problems;
 }
 
 Problems JsonFileLayer::State::load() {
@@ -202,17 +204,6 @@ Problems JsonFileLayer::State::load() {
         store(std::move(fresh));
         return problems;
     });
-}
-
-Problems JsonFileLayer::State::keepNew(Problems problems) {
-    const Problems old = std::exchange(known, problems);
-    problems.erase(std::remove_if(problems.begin(), problems.end(),
-                                  [&old](const std::string& problem) {
-                                      return std::find(old.begin(), old.end(), problem) !=
-                                             old.end();
-                                  }),
-                   problems.end());
-    return problems;
 }
 
 void JsonFileLayer::State::change(const std::string& key, std::optional<StoredValue> value) {
@@ -249,9 +240,9 @@ StoredValues JsonFileLayer::State::write(const Change& change) {
 }
 
 bool JsonFileLayer::State::mustWrite(const Change& change, SettingsDocument& document) const {
-    document =
-        stampOf(file) ? parseSettings(contentsOf(file), name) : SettingsDocument{values, false};
-    const bool changes = change.applyTo(document.values);
+    const bool exists = stampOf(file).has_value();
+    document = exists ? parseSettings(contentsOf(file), name) : SettingsDocument{values, false};
+    const bool changes = change.applyTo(document.values) || (!exists && change.stores());
     if (changes && document.hasComments) {
         throw std::runtime_error(name + " has comments, which would be lost");
     }
@@ -284,7 +275,6 @@ std::string JsonFileLayer::name() const {
 }
 
 std::optional<std::string> JsonFileLayer::find(const std::string& key) const {
-    state->lookIfDue();
     std::optional<StoredValue> value = state->valueOf(key);
     return value ? std::optional(std::move(value->text)) : std::nullopt;
 }

@@ -173,19 +173,20 @@ TEST_F(SettingsFile, WritesASortedFileAndKeepsWhatElseIsInIt) {
     fill(file, R"({"n": {"z": [1.0, {"a b": "c\" d"} ], "a": 1e2}, "b": null, "c": 5})");
     layer.set("\xC3\xA9\n", {"2.50", true});
     layer.set("c", {"5", false});
-    EXPECT_EQ(at("c") + ' ' + at("n.a") + ' ' + at("\xC3\xA9\n"), "5 1e2 2.50");
-    EXPECT_EQ(layer.origin("n.a"), "settings.json:4");
-    EXPECT_EQ(contentsOf(file),
-              "{\n    \"b\": null,\n    \"c\": \"5\",\n    \"n.a\": 1e2,\n"
-              "    \"n.z\": [1.0,{\"a b\":\"c\\\" d\"}],\n"
-              "    \"\xC3\xA9\\n\": 2.50\n}\n");
+    EXPECT_EQ(at("c") + at("\xC3\xA9\n") + layer.origin("n.a"), "52.50settings.json:4");
+    const std::string expected =
+        "{\n    \"b\": null,\n    \"c\": \"5\",\n    \"n.a\": 1e2,\n"
+        "    \"n.z\": [1.0,{\"a b\":\"c\\\" d\"}],\n    \"\xC3\xA9\\n\": 2.50\n}\n";
+    EXPECT_EQ(contentsOf(file), expected);
+    fs::remove(file);
+    layer.clear("x");
+    EXPECT_EQ(entries(), Names{});
+    layer.set("c", {"5", false});
+    EXPECT_EQ(contentsOf(file), expected);
     for (const char* key : {"b", "c", "n.a", "n.z", "\xC3\xA9\n"}) {
         layer.clear(key);
     }
     EXPECT_EQ(contentsOf(file) + at("c"), "{\n}\nnothing");
-    fs::remove(file);
-    layer.clear("x");
-    EXPECT_EQ(entries(), Names{});
 }
 
 TEST_F(SettingsFile, DropsWritesThatItCannotMake) {

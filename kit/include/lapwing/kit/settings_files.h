@@ -33,10 +33,11 @@ namespace lapwing {
 /// there is an empty one.
 ///
 /// A write saves the file as one flat, sorted object, as atomically as saveRecordings() does; what
-/// other programs have written meanwhile is kept, and so are null and arrays. A write that changes
-/// nothing does not touch the file. A file that has comments is never overwritten, nor is one that
-/// is wrong: the write is then dropped and reported as a problem, and so is one that fails, and a
-/// key or text that is not UTF-8.
+/// other programs have written meanwhile is kept, and so are null and arrays. If the file is gone,
+/// the last good values are saved with the new one. A write that changes nothing does not touch the
+/// file. A file that has comments is never overwritten, nor is one that is wrong: the write is then
+/// dropped and reported as a problem, and so is one that fails, and a key or text that is not
+/// UTF-8.
 ///
 /// A file is wrong, too, if it is not UTF-8, is larger than 16 MiB, or nests more than 100 deep.
 ///
@@ -51,7 +52,7 @@ public:
     [[nodiscard]] std::string name() const override;
     [[nodiscard]] std::optional<std::string> find(const std::string& key) const override;
 
-    /// FILE:LINE, as of the last read.
+    /// FILE:LINE.
     [[nodiscard]] std::string origin(const std::string& key) const override;
     [[nodiscard]] bool isWritable() const noexcept override;
     void set(const std::string& key, const SettingText& value) override;
