@@ -75,5 +75,6 @@ void compareEmulator();
 void compareSampling();
 void compareRecordingFiles();
 void compareReplayer();
+void compareLayeredSettings();
 
 #endif  // LAPWING_BENCH_COMPARISONS_H

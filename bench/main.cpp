@@ -20,6 +20,7 @@ int main(int argc, char** argv) {
 #if defined(LAPWING_BENCH_KIT)
     compareRecordingFiles();
     compareReplayer();
+    compareLayeredSettings();
 #endif
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

@@ -1,5 +1,6 @@
 #include <lapwing/kit/settings_layers.h>
 
+#include "readers_lock.h"
 #include "recording_format.h"
 #include "setting_text.h"
 #include "text_table.h"
@@ -9,7 +10,6 @@
 #include <cstddef>
 #include <map>
 #include <mutex>
-#include <shared_mutex>
 #include <stdexcept>
 #include <tuple>
 #include <unordered_map>
@@ -66,7 +66,7 @@ public:
     [[nodiscard]] std::vector<std::string> find(const std::string& key) const {
         std::vector<std::string> texts;
         if (count != 0) {
-            const std::shared_lock lock(mutex);
+            const ReadersLock::Reading reading(mutex);
             const auto entry = byKey.find(key);
             if (entry != byKey.end()) {
                 std::for_each(entry->second.rbegin(), entry->second.rend(),
@@ -77,7 +77,7 @@ public:
     }
 
 private:
-    mutable std::shared_mutex mutex;
+    mutable ReadersLock mutex;
     std::unordered_map<std::string, std::vector<Override>> byKey;
     std::uint64_t lastId = 0;
     std::atomic<std::size_t> count{0};
@@ -147,8 +147,9 @@ struct LayeredSettings::State {
     template <class V>
     void write(const char* key, const V& value);
     void clear(const std::string& key);
+    template <class CanAnswer>
     void warnOfLayersBefore(Layers::const_iterator end, const std::string& key,
-                            const std::string& change) const;
+                            const std::string& change, CanAnswer canAnswer) const;
     template <class Refusal>
     SettingExplanation explain(const std::string& key, Refusal reasonFor) const;
 };
@@ -199,7 +200,10 @@ void LayeredSettings::State::write(const char* key, const V& value) {
         return;
     }
     (*layer)->set(name, *text);
-    warnOfLayersBefore(layer, name, "stored in " + (*layer)->name());
+    warnOfLayersBefore(layer, name, "stored in " + (*layer)->name(), [](const std::string& stored) {
+        V converted{};
+        return parseSetting(stored, converted);
+    });
 }
 
 void LayeredSettings::State::clear(const std::string& key) {
@@ -213,14 +217,16 @@ void LayeredSettings::State::clear(const std::string& key) {
     if (end == layers.cbegin() && (layers.empty() || !isWritable(*end))) {
         report("setting " + onOneLine(key) + " was not cleared: no layer is writable");
     }
-    warnOfLayersBefore(end, key, "cleared");
+    warnOfLayersBefore(end, key, "cleared", [](const std::string& /*text*/) { return true; });
 }
 
+template <class CanAnswer>
 void LayeredSettings::State::warnOfLayersBefore(Layers::const_iterator end, const std::string& key,
-                                                const std::string& change) const {
+                                                const std::string& change,
+                                                CanAnswer canAnswer) const {
     for (auto layer = layers.cbegin(); layer != end; ++layer) {
         const auto text = isWritable(*layer) ? std::nullopt : (*layer)->find(key);
-        if (text) {
+        if (text && canAnswer(*text)) {
             report("setting " + onOneLine(key) + " was " + change + ", but " +
                    (*layer)->origin(key) + " still answers with " + inQuotes(*text));
             return;

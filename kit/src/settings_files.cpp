@@ -1,6 +1,7 @@
 #include <lapwing/kit/settings_files.h>
 
 #include "file_replacement.h"
+#include "readers_lock.h"
 #include "recording_format.h"
 #include "settings_format.h"
 #include "system_file.h"
@@ -14,9 +15,9 @@
 #include <exception>
 #include <mutex>
 #include <new>
-#include <shared_mutex>
 #include <stdexcept>
 #include <system_error>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -123,7 +124,9 @@ private:
 struct JsonFileLayer::State {
     explicit State(const fs::path& named) : file(fs::absolute(named)), name(displayName(named)) {}
 
-    std::optional<StoredValue> valueOf(const std::string& key);
+    template <class Part>
+    auto valueOf(const std::string& key, Part partOf)
+        -> std::optional<std::invoke_result_t<Part, const StoredValue&>>;
     void lookIfDue();
     Problems look();
     Problems load();
@@ -139,7 +142,7 @@ struct JsonFileLayer::State {
     std::mutex handlerMutex;
     ProblemHandler handler;
 
-    std::shared_mutex valuesMutex;
+    ReadersLock valuesMutex;
     StoredValues values;
 
     std::atomic<Clock::time_point> nextLook{Clock::time_point::min()};
@@ -151,17 +154,20 @@ struct JsonFileLayer::State {
     Problems known;
 };
 
-std::optional<StoredValue> JsonFileLayer::State::valueOf(const std::string& key) {
+template <class Part>
+auto JsonFileLayer::State::valueOf(const std::string& key, Part partOf)
+    -> std::optional<std::invoke_result_t<Part, const StoredValue&>> {
     lookIfDue();
-    const std::shared_lock lock(valuesMutex);
+    const ReadersLock::Reading reading(valuesMutex);
     const auto found = values.find(key);
-    return found == values.end() || found->second.form == ValueForm::Other
-               ? std::nullopt
-               : std::optional(found->second);
+    if (found == values.end() || found->second.form == ValueForm::Other) {
+        return std::nullopt;
+    }
+    return partOf(found->second);
 }
 
 void JsonFileLayer::State::lookIfDue() {
-    const Clock::time_point time = now();
+    const Clock::time_point time = coarseNow();
     const Clock::time_point due = nextLook;
     if (time < due) {
         return;
@@ -266,7 +272,7 @@ void JsonFileLayer::State::report(const Problems& problems) {
     }
 }
 
-JsonFileLayer::JsonFileLayer(fs::path file) : state(std::make_unique<State>(file)) {}
+JsonFileLayer::JsonFileLayer(const fs::path& file) : state(std::make_unique<State>(file)) {}
 
 JsonFileLayer::~JsonFileLayer() = default;
 
@@ -275,13 +281,12 @@ std::string JsonFileLayer::name() const {
 }
 
 std::optional<std::string> JsonFileLayer::find(const std::string& key) const {
-    std::optional<StoredValue> value = state->valueOf(key);
-    return value ? std::optional(std::move(value->text)) : std::nullopt;
+    return state->valueOf(key, [](const StoredValue& value) { return value.text; });
 }
 
 std::string JsonFileLayer::origin(const std::string& key) const {
-    const std::optional<StoredValue> value = state->valueOf(key);
-    return value ? state->name + ':' + std::to_string(value->line) : state->name;
+    const auto line = state->valueOf(key, [](const StoredValue& value) { return value.line; });
+    return line ? state->name + ':' + std::to_string(*line) : state->name;
 }
 
 bool JsonFileLayer::isWritable() const noexcept {

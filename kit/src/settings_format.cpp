@@ -125,7 +125,7 @@ public:
     bool number_unsigned(std::uint64_t /*value*/) { return takeNumber(); }
     bool number_float(double /*value*/, const std::string& /*digits*/) { return takeNumber(); }
     bool string(const std::string& value) { return take(ValueForm::Text, value); }
-    bool binary(const Json::binary_t& /*value*/) { return true; }
+    static bool binary(const Json::binary_t& /*value*/) { return true; }
     bool start_object(std::size_t size);
     bool start_array(std::size_t size);
     bool key(const std::string& name);

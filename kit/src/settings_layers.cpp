@@ -1,10 +1,13 @@
 #include <lapwing/kit/settings_layers.h>
 
 #include "environment.h"
+#include "readers_lock.h"
 #include "recording_format.h"
 
+#include <algorithm>
+#include <atomic>
+#include <map>
 #include <mutex>
-#include <shared_mutex>
 #include <stdexcept>
 #include <string_view>
 #include <unordered_map>
@@ -21,6 +24,10 @@ std::optional<std::string> findIn(const Map& texts, const std::string& key) {
     return found == texts.end() ? std::nullopt : std::optional(found->second);
 }
 
+std::uint64_t lengthBit(const std::string& key) {
+    return std::uint64_t{1} << (key.size() % 64);
+}
+
 bool isBetween(char character, char first, char last) {
     return first <= character && character <= last;
 }
@@ -34,28 +41,12 @@ char inVariable(char character) {
     return isBetween(letter, 'A', 'Z') || isBetween(letter, '0', '9') ? letter : '_';
 }
 
-// Keys that share a variable are the same to these two.
-struct HashAsVariable {
-    std::size_t operator()(const std::string& key) const {
-        std::size_t hash = 0;
-        for (const char character : key) {
-            hash = hash * 31 + static_cast<unsigned char>(inVariable(character));
-        }
-        return hash;
-    }
-};
-
-struct EqualAsVariables {
+// Keys that share a variable are the same to this order.
+struct LessAsVariable {
     bool operator()(const std::string& left, const std::string& right) const {
-        if (left.size() != right.size()) {
-            return false;
-        }
-        for (std::size_t i = 0; i < left.size(); ++i) {
-            if (inVariable(left[i]) != inVariable(right[i])) {
-                return false;
-            }
-        }
-        return true;
+        return std::lexicographical_compare(
+            left.begin(), left.end(), right.begin(), right.end(),
+            [](char one, char other) { return inVariable(one) < inVariable(other); });
     }
 };
 
@@ -106,8 +97,12 @@ void SettingsLayer::clear(const std::string& /*key*/) {}
 void SettingsLayer::setProblemHandler(const ProblemHandler& /*handler*/) {}
 
 struct MemoryLayer::State {
-    std::shared_mutex mutex;
+    ReadersLock mutex;
     Texts texts;
+
+    // One bit for each length of a key that was ever set: most reads are of keys that were not, and
+    // need no lock.
+    std::atomic<std::uint64_t> lengths{0};
 };
 
 MemoryLayer::MemoryLayer() : state(new State) {}
@@ -118,7 +113,10 @@ std::string MemoryLayer::name() const {
 }
 
 std::optional<std::string> MemoryLayer::find(const std::string& key) const {
-    const std::shared_lock lock(state->mutex);
+    if ((state->lengths & lengthBit(key)) == 0) {
+        return std::nullopt;
+    }
+    const ReadersLock::Reading reading(state->mutex);
     return findIn(state->texts, key);
 }
 
@@ -129,6 +127,7 @@ bool MemoryLayer::isWritable() const noexcept {
 void MemoryLayer::set(const std::string& key, const SettingText& value) {
     const std::lock_guard lock(state->mutex);
     state->texts[key] = value.text;
+    state->lengths |= lengthBit(key);
 }
 
 void MemoryLayer::clear(const std::string& key) {
@@ -138,7 +137,7 @@ void MemoryLayer::clear(const std::string& key) {
 
 struct EnvironmentLayer::State {
     std::string prefix;
-    std::unordered_map<std::string, std::string, HashAsVariable, EqualAsVariables> texts;
+    std::map<std::string, std::string, LessAsVariable> texts;
 };
 
 EnvironmentLayer::EnvironmentLayer(std::string prefix) : state(new State{std::move(prefix), {}}) {
@@ -190,7 +189,7 @@ ArgumentsLayer::ArgumentsLayer(const std::vector<std::string>& arguments) : stat
 ArgumentsLayer::~ArgumentsLayer() = default;
 
 std::string ArgumentsLayer::name() const {
-    return "the arguments";
+    return "the command line";
 }
 
 std::optional<std::string> ArgumentsLayer::find(const std::string& key) const {

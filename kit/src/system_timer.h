@@ -19,6 +19,10 @@ inline constexpr std::chrono::microseconds timerTolerance{200};
 
 Clock::time_point now() noexcept;
 
+// The time of the system's last tick, some milliseconds ago at most, which is read faster. It is
+// not to be compared with now().
+Clock::time_point coarseNow() noexcept;
+
 // Sleeps until about `time`. May return early, when a signal comes for instance.
 void sleepUntilAbout(Clock::time_point time) noexcept;
 

@@ -37,6 +37,17 @@ Clock::time_point now() noexcept {
     return Clock::now();
 }
 
+Clock::time_point coarseNow() noexcept {
+#ifdef __linux__
+    timespec tick{};
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &tick);
+    return Clock::time_point(std::chrono::seconds(tick.tv_sec) +
+                             std::chrono::nanoseconds(tick.tv_nsec));
+#else
+    return Clock::now();
+#endif
+}
+
 void sleepUntilAbout(Clock::time_point time) noexcept {
 #ifdef __linux__
     // Here the steady clock is the monotonic one.

@@ -46,6 +46,10 @@ Clock::time_point now() noexcept {
     return Clock::now();
 }
 
+Clock::time_point coarseNow() noexcept {
+    return Clock::time_point(std::chrono::milliseconds(GetTickCount64()));
+}
+
 void sleepUntilAbout(Clock::time_point time) noexcept {
     const Clock::duration pause = time - now();
     if (pause > Clock::duration::zero() && !sleepWithTimer(pause)) {

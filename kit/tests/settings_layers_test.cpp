@@ -118,21 +118,21 @@ TEST(layered_settings, ask_the_next_layer_when_a_text_is_refused_and_report_it_o
     }
     EXPECT_EQ(host.settings.getValue("count", 0.5), 3);
     EXPECT_EQ(host.problems,
-              Lines{"the arguments: setting count: \"many\" is not a whole number of "
+              Lines{"the command line: setting count: \"many\" is not a whole number of "
                     "32 bits"});
     EXPECT_TRUE(host.settings.exists("count"));
     EXPECT_FALSE(host.settings.exists("counts"));
     EXPECT_EQ(lapwing::formatExplanation(host.settings.explain("count")),
               "count\n"
-              "  the arguments: \"many\", refused: not a whole number of 32 bits\n"
-              "  the arguments: \"3\", answers\n"
-              "  the arguments: \"4\"\n");
+              "  the command line: \"many\", refused: not a whole number of 32 bits\n"
+              "  the command line: \"3\", answers\n"
+              "  the command line: \"4\"\n");
     EXPECT_EQ(
         lapwing::formatExplanation(host.settings.explain(DeveloperSettings::Boolean{"count"})),
         "count\n"
-        "  the arguments: \"many\", refused: not true, false, 1 or 0\n"
-        "  the arguments: \"3\", refused: not true, false, 1 or 0\n"
-        "  the arguments: \"4\", refused: not true, false, 1 or 0\n"
+        "  the command line: \"many\", refused: not true, false, 1 or 0\n"
+        "  the command line: \"3\", refused: not true, false, 1 or 0\n"
+        "  the command line: \"4\", refused: not true, false, 1 or 0\n"
         "  no layer answers: the default counts\n");
 }
 
@@ -150,9 +150,10 @@ TEST(layered_settings, write_to_the_first_writable_layer_and_clear_all) {
         EXPECT_EQ(host.settings.getValue("a", std::string()), "below");
         EXPECT_EQ(host.problems, Lines());
 
-        host.settings.setValue("b", 2);
+        host.settings.setValue("b", 2);  // whose text above is no number
+        host.settings.setValue("b", std::string("2"));
         host.settings.clear("b");
-        const std::string still = ", but the arguments still answers with \"above\"";
+        const std::string still = ", but the command line still answers with \"above\"";
         EXPECT_EQ(host.problems, (Lines{"setting b was stored in memory" + still,
                                         "setting b was cleared" + still}));
     }
@@ -188,7 +189,7 @@ TEST(scoped_settings, nest_and_end_in_any_order) {
     EXPECT_EQ(setting(), 3);
     EXPECT_EQ(lapwing::formatExplanation(host.settings.explain("key")),
               "key\n  a scoped override: \"3\", answers\n  a scoped override: \"2\"\n"
-              "  the arguments: \"1\"\n  memory: nothing\n");
+              "  the command line: \"1\"\n  memory: nothing\n");
     outer.reset();
     EXPECT_EQ(setting(), 3);
     inner.reset();

@@ -37,6 +37,10 @@ Time lapwing::now() noexcept {
     return Time(std::chrono::nanoseconds(elapsed += perReading.count()));
 }
 
+Time lapwing::coarseNow() noexcept {
+    return now();
+}
+
 void lapwing::sleepUntilAbout(Time time) noexcept {
     onSleep(time);
 }

@@ -45,7 +45,7 @@ namespace lapwing {
 class JsonFileLayer final : public SettingsLayer {
 public:
     /// Reads nothing yet. The folder that a relative name counts from is the current one.
-    explicit JsonFileLayer(std::filesystem::path file);
+    explicit JsonFileLayer(const std::filesystem::path& file);
     ~JsonFileLayer() override;
 
     /// The file's name as it was given.

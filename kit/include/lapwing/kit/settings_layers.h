@@ -105,6 +105,7 @@ private:
 /// Thread safety: as for SettingsLayer.
 class EnvironmentLayer final : public SettingsLayer {
 public:
+    /// Reads the variables whose names begin with `prefix`, which may be empty.
     explicit EnvironmentLayer(std::string prefix);
     ~EnvironmentLayer() override;
     [[nodiscard]] std::string name() const override;
