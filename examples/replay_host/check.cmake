@@ -123,8 +123,8 @@ check_refusal(set_without_value "a setting must be key=value, not \"replay.runs\
     --set replay.runs ${FOLDER}/words)
 check_refusal(unknown_setting "unknown setting \"runs\"" --set runs=1 ${FOLDER}/words)
 foreach(runs IN ITEMS 0 101 2.5 0x3 99999999999 "")
-    check_refusal(runs_${runs} "(the arguments: )?setting replay.runs: \"?${runs}\"? is not "
+    check_refusal(runs_${runs} "(the command line: )?setting replay.runs: \"?${runs}\"? is not "
         --set replay.runs=${runs} ${FOLDER}/words)
 endforeach()
-check_refusal(not_boolean "the arguments: setting enableTimingProfileLogging: \"yes\" is not true, false, 1 or 0"
+check_refusal(not_boolean "the command line: setting enableTimingProfileLogging: \"yes\" is not true, false, 1 or 0"
     --set enableTimingProfileLogging=yes ${FOLDER}/missing)
