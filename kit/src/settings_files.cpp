@@ -129,7 +129,7 @@ struct JsonFileLayer::State {
         -> std::optional<std::invoke_result_t<Part, const StoredValue&>>;
     void lookIfDue();
     Problems look();
-    Problems load();
+    Problems load(bool& isLoaded);
     void change(const std::string& key, std::optional<StoredValue> value);
     StoredValues write(const Change& change);
     [[nodiscard]] bool mustWrite(const Change& change, SettingsDocument& document) const;
@@ -194,20 +194,22 @@ Problems JsonFileLayer::State::look() {
     if (found == stamp && settled) {
         return {};
     }
-    const Problems problems = found || stamp ? load() : Problems();
+    bool isLoaded = !found;
+    const Problems problems = found || stamp ? load(isLoaded) : Problems();
     if (found != stamp) {
         known.clear();
     }
     stamp = found;
-    settled = willBeSettled;
+    settled = willBeSettled && isLoaded;
     return std::exchange(known, problems) == problems ? Problems() : problems;
 }
 
-Problems JsonFileLayer::State::load() {
-    return problemsOfCall("", [this] {
+Problems JsonFileLayer::State::load(bool& isLoaded) {
+    return problemsOfCall("", [&] {
         StoredValues fresh = parseSettings(contentsOf(file), name).values;
         Problems problems = problemsOf(fresh, name);
         store(std::move(fresh));
+        isLoaded = true;
         return problems;
     });
 }

@@ -1,5 +1,7 @@
 #include "system_file.h"
 
+#include "text_table.h"
+
 #include <system_error>
 #include <utility>
 
@@ -7,7 +9,7 @@ namespace lapwing {
 
 std::string displayName(const std::filesystem::path& file) {
     const auto text = file.u8string();
-    return {text.begin(), text.end()};
+    return onOneLine(std::string(text.begin(), text.end()));
 }
 
 void throwSystemError(const std::filesystem::path& file, int reason) {

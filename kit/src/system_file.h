@@ -17,7 +17,7 @@ using SystemHandle = void*;
 using SystemHandle = int;
 #endif
 
-// The file's name in messages: UTF-8.
+// The file's name in messages: UTF-8, on one line.
 std::string displayName(const std::filesystem::path& file);
 
 // Throws std::system_error: the file's name and the reason, by default that of the last failure.

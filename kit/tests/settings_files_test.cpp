@@ -83,6 +83,7 @@ TEST_F(SettingsFile, HasTextsAsTheyAreWrittenAndTheirLines) {
         R"(settings.json:5: "net.list" is an array, which is no setting's value)",
         R"(settings.json:5: "none" is null, which is no setting's value)"};
     EXPECT_EQ(newProblems(), expected);
+    EXPECT_EQ(JsonFileLayer("a\nb").name(), "a\\nb");
 }
 
 TEST_F(SettingsFile, SaysWhereAFileIsWrong) {
@@ -136,7 +137,10 @@ TEST_F(SettingsFile, NoticesChangesAndKeepsTheLastGoodValues) {
     }
     fs::remove(file);
     expectOneProblem();
-    fillAt(future, "{\"a\": 4}");
+    const auto past = fs::file_time_type::clock::now() - 1h;
+    fillAt(past, "{\"a\": 4 ");
+    expectOneProblem();
+    fillAt(past, "{\"a\": 4}");
     advance();
     EXPECT_EQ(at("a"), "4");
 }

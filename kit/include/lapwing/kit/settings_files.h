@@ -28,9 +28,9 @@ namespace lapwing {
 ///
 /// Changes are noticed: at most every 250 ms, a read looks at the file's time and size, and loads
 /// the file if they have changed. If the file is then wrong or gone, as in the middle of an
-/// editor's save, the last good values stay, and a problem is reported once. No reader sees a part
-/// of a file, and none waits for another one's loading, except for the first. A file that was never
-/// there is an empty one.
+/// editor's save, the last good values stay, a problem is reported once, and later looks try again.
+/// No reader sees a part of a file. While one thread loads the file, the others read the previous
+/// values; only the first loading is waited for. A file that was never there counts as empty.
 ///
 /// A write saves the file as one flat, sorted object, as atomically as saveRecordings() does; what
 /// other programs have written meanwhile is kept, and so are null and arrays. If the file is gone,
@@ -44,19 +44,22 @@ namespace lapwing {
 /// Thread safety: as for SettingsLayer.
 class JsonFileLayer final : public SettingsLayer {
 public:
-    /// Reads nothing yet. The folder that a relative name counts from is the current one.
+    /// Reads nothing yet. A relative name counts from the folder that is the current one now.
+    /// Throws std::filesystem::filesystem_error if the name is empty.
     explicit JsonFileLayer(const std::filesystem::path& file);
     ~JsonFileLayer() override;
 
-    /// The file's name as it was given.
+    /// The file's name as it was given, on one line.
     [[nodiscard]] std::string name() const override;
     [[nodiscard]] std::optional<std::string> find(const std::string& key) const override;
 
-    /// FILE:LINE.
+    /// FILE:LINE, where the line is that of the key.
     [[nodiscard]] std::string origin(const std::string& key) const override;
     [[nodiscard]] bool isWritable() const noexcept override;
     void set(const std::string& key, const SettingText& value) override;
     void clear(const std::string& key) override;
+
+    /// Until it is called, problems are dropped.
     void setProblemHandler(const ProblemHandler& handler) override;
 
 private:

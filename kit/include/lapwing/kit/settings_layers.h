@@ -19,9 +19,9 @@
 ///     std::string    any bytes
 ///     std::wstring   UTF-8; 16-bit units on Windows, 32-bit units elsewhere
 ///
-/// Numbers begin with a digit or a minus sign, and have no blanks around them. A text that cannot
-/// be converted counts as absent for that read: the next layer is asked, and a problem is reported.
-/// So no read fails because of a slip in a file.
+/// Numbers have no plus sign in front and no blanks around them. A text that cannot be converted
+/// counts as absent for that read: the next layer is asked, and a problem is reported. So no read
+/// fails because of a slip in a file.
 
 #ifndef LAPWING_KIT_SETTINGS_LAYERS_H
 #define LAPWING_KIT_SETTINGS_LAYERS_H
@@ -154,10 +154,10 @@ struct SettingExplanation {
 /// The provider for hosts: settings from an ordered list of layers.
 ///
 /// A write goes to the first layer that is writable, and clearing a key clears it in all that are.
-/// If no layer is writable, or if another layer still answers before the written one or after
-/// clearing, that is reported as a problem. Writing what no text can hold (a double that is not
-/// finite, wide text that is not Unicode) is a problem as well, and changes nothing. Each problem
-/// of a text is reported once per layer, key and text.
+/// It is a problem if no layer is writable, or if a layer that is not writable comes before one
+/// that is, and still answers. Writing what no text can hold (a double that is not finite, wide text
+/// that is not Unicode) is a problem as well, and changes nothing. Each problem of a text is
+/// reported once per layer, key and text.
 ///
 /// Failures: reads throw std::bad_alloc if memory runs out, and what a layer or the problem handler
 /// throws propagates.
@@ -166,8 +166,9 @@ struct SettingExplanation {
 /// Construct it before they start, and destroy it after they have ended.
 class LayeredSettings final : public DeveloperSettings::Provider {
 public:
-    /// Installs itself. Layers may be shared with the host; null pointers throw
-    /// std::invalid_argument. Throws std::logic_error if another one is installed.
+    /// Installs itself. Layers may be shared with the host; they keep copies of `problems`, also
+    /// after the destruction. Throws std::invalid_argument if one of the pointers is null, and
+    /// std::logic_error if there is another LayeredSettings.
     explicit LayeredSettings(std::vector<std::shared_ptr<SettingsLayer>> layers,
                              ProblemHandler problems = reportToStandardError);
 

@@ -26,12 +26,13 @@ struct TraceOptions {
 /// Writes the lines of Instrumentation to a file as trace events:
 /// - "Begin" and "End" of a scope begin and end an interval on their thread's row;
 /// - all other lines are instants, and so is an "End" that does not match the innermost interval of
-///   its thread. The interval that it belongs to ends later, as soon as it is the innermost.
+///   its thread. The interval that it belongs to ends later: when it is the innermost and the
+///   thread that began it sends a line.
 ///
 /// A note that reads like a "Begin" begins an interval. The process and each thread have their
 /// names. Times are read when a line arrives, on the steady clock, in microseconds since the
-/// construction. Control characters are escaped, and a text that is not UTF-8 stands in
-/// hexadecimal digits behind "hex:".
+/// construction. In names, control characters are escaped, and bytes that are not UTF-8 become
+/// "hex:" and the hexadecimal digits of the whole name.
 ///
 /// Events are kept until there is a block of 64 KiB, which is written at once. The file is the form
 /// of the format that needs no end: it can be opened at any time, also after the process was
