@@ -1,15 +1,13 @@
 #include <lapwing/kit/log_sinks.h>
 #include <lapwing/kit/problems.h>
 
+#include "support.h"
+
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <array>
 #include <map>
-#include <sstream>
 #include <stdexcept>
-#include <string>
-#include <thread>
-#include <vector>
 
 #ifdef _WIN32
 #include <windows.h>
@@ -22,48 +20,33 @@ using namespace lapwing;
 
 namespace {
 
-constexpr int linesOfEach = 500;
-
-std::string lineOf(std::size_t thread) {
-    return std::string(100 * thread + 50, static_cast<char>('a' + thread));
-}
-
-// Sends from eight threads, which have copies of the handler.
-void sendLines(const LogMessageHandler& handler) {
-    std::vector<std::thread> threads;
-    for (std::size_t thread = 0; thread < 8; ++thread) {
-        threads.emplace_back([handler, line = lineOf(thread)] {
-            for (int number = 0; number < linesOfEach; ++number) {
-                handler(line);
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-}
-
-void expectWholeLines(const std::string& text) {
-    std::map<std::string, int> counts;
-    std::istringstream lines(text);
+// Sends 500 lines from each of eight threads, which have copies of the handler.
+template <class Receive>
+void expectWholeLines(const LogMessageHandler& handler, const Receive& receive) {
+    onEightThreads([handler](int number) {
+        const std::string line(100 * static_cast<std::size_t>(number), 'x');
+        for (int count = 0; count < 500; ++count) {
+            handler(line);
+        }
+    });
+    std::map<std::size_t, int> counts;
+    std::istringstream lines(receive());
     for (std::string line; std::getline(lines, line);) {
-        ++counts[line.substr(0, line.find('\r'))];
+        ++counts[line.substr(0, line.find('\r')).size()];
     }
     EXPECT_EQ(counts.size(), 8U);
-    for (std::size_t thread = 0; thread < 8; ++thread) {
-        EXPECT_EQ(counts[lineOf(thread)], linesOfEach) << thread;
+    for (const auto& [size, count] : counts) {
+        EXPECT_EQ(count, 500) << size;
     }
 }
 
 TEST(LogSinks, WriteWholeLinesOfEightThreads) {
     std::ostringstream stream;
-    sendLines(logToStream(stream));
-    expectWholeLines(stream.str());
+    expectWholeLines(logToStream(stream), [&stream] { return stream.str(); });
     for (const LogMessageHandler& handler :
          {logToStandardError(), LogMessageHandler(reportToStandardError)}) {
         testing::internal::CaptureStderr();
-        sendLines(handler);
-        expectWholeLines(testing::internal::GetCapturedStderr());
+        expectWholeLines(handler, testing::internal::GetCapturedStderr);
     }
 }
 
@@ -106,10 +89,9 @@ TEST(LogSinks, WriteALineToAPipeThatIsFull) {
         close(STDERR_FILENO);
     });
     std::string text;
-    std::vector<char> buffer(5000);
-    for (ssize_t count = 1; count > 0;) {
-        count = read(ends[0], buffer.data(), buffer.size());
-        text.append(buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    std::array<char, 5000> buffer{};
+    for (ssize_t count = 0; (count = read(ends[0], buffer.data(), buffer.size())) > 0;) {
+        text.append(buffer.data(), static_cast<std::size_t>(count));
     }
     writer.join();
     close(ends[0]);

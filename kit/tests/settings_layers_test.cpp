@@ -4,25 +4,20 @@
 
 #include "support.h"
 
-#include <array>
 #include <atomic>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
 #include <memory>
 #include <stdexcept>
-#include <thread>
 #include <utility>
+
+using namespace lapwing;
 
 namespace {
 
-using lapwing::ArgumentsLayer;
-using lapwing::EnvironmentLayer;
-using lapwing::LayeredSettings;
-using lapwing::MemoryLayer;
-using lapwing::ScopedSetting;
 using Lines = std::vector<std::string>;
-using Layers = std::vector<std::shared_ptr<lapwing::SettingsLayer>>;
+using Layers = std::vector<std::shared_ptr<SettingsLayer>>;
 
 std::shared_ptr<ArgumentsLayer> arguments(const Lines& texts) {
     return std::make_shared<ArgumentsLayer>(texts);
@@ -44,46 +39,31 @@ const std::string utf8 = "\xC3\xA9 \xE6\x97\xA5 \xF0\x9F\x90\xA6";
 
 // What is read of one text. What cannot be converted gives the default.
 struct Conversion {
-    std::string text;
+    const char* text;
     bool boolean;
     std::int32_t integer;
     double number;
-    std::wstring wide;
 };
 
 TEST(settings, are_converted_strictly_or_count_as_absent) {
-    const std::vector<Conversion> conversions{
-        {"true", true, -7, -7, L"true"},
-        {"TRUE", true, -7, -7, L"TRUE"},
-        {"false", false, -7, -7, L"false"},
-        {"1", true, 1, 1, L"1"},
-        {"0", false, 0, 0, L"0"},
-        {"-12", true, -12, -12, L"-12"},
-        {"+1", true, -7, -7, L"+1"},
-        {" 1", true, -7, -7, L" 1"},
-        {"1 ", true, -7, -7, L"1 "},
-        {"0x10", true, -7, -7, L"0x10"},
-        {"2.5e3", true, -7, 2500, L"2.5e3"},
-        {"1,5", true, -7, -7, L"1,5"},
-        {"1e999", true, -7, -7, L"1e999"},
-        {"nan", true, -7, -7, L"nan"},
-        {"1e", true, -7, -7, L"1e"},
-        {"", true, -7, -7, L""},
-        {"2147483647", true, 2147483647, 2147483647, L"2147483647"},
-        {"2147483648", true, -7, 2147483648.0, L"2147483648"},
-        {utf8, true, -7, -7, wide},
-        {"\xED\xA0\x80", true, -7, -7, L"default"},
-        {"\xC3", true, -7, -7, L"default"},
+    const Conversion conversions[]{
+        {"true", true, -7, -7},    {"TRUE", true, -7, -7}, {"false", false, -7, -7},
+        {"1", true, 1, 1},         {"0", false, 0, 0},     {"-12", true, -12, -12},
+        {"+1", true, -7, -7},      {" 1", true, -7, -7},   {"0x10", true, -7, -7},
+        {"2.5e3", true, -7, 2500}, {"1,5", true, -7, -7},  {"1e999", true, -7, -7},
+        {"nan", true, -7, -7},     {"", true, -7, -7},     {"2147483648", true, -7, 2147483648.0},
     };
     for (const Conversion& expected : conversions) {
         SCOPED_TRACE(testing::Message() << '"' << expected.text << '"');
-        Host host({arguments({"a.key=" + expected.text})});
+        Host host({arguments({std::string("a.key=") + expected.text})});
         EXPECT_EQ(host.settings.getValue("a.key", true), expected.boolean);
         EXPECT_EQ(host.settings.getValue("a.key", std::int32_t{-7}), expected.integer);
         EXPECT_EQ(host.settings.getValue("a.key", -7.0), expected.number);
-        EXPECT_EQ(host.settings.getValue("a.key", std::wstring(L"default")), expected.wide);
         EXPECT_EQ(host.settings.getValue("a.key", std::string("default")), expected.text);
     }
+    const Host host({arguments({"good=" + utf8, "bad=\xED\xA0\x80"})});
+    EXPECT_EQ(host.settings.getValue("good", std::wstring()), wide);
+    EXPECT_EQ(host.settings.getValue("bad", std::wstring(L"default")), L"default");
 }
 
 TEST(settings, are_read_as_they_were_written) {
@@ -93,10 +73,8 @@ TEST(settings, are_read_as_they_were_written) {
         settings.setValue("key", number);
         EXPECT_EQ(settings.getValue("key", 0.0), number);
     }
-    settings.setValue("key", std::numeric_limits<std::int32_t>::min());
-    EXPECT_EQ(settings.getValue("key", 0), std::numeric_limits<std::int32_t>::min());
-    settings.setValue("key", true);
-    EXPECT_EQ(settings.getValue("key", std::string()), "true");
+    settings.setValue("key", INT32_MIN);
+    EXPECT_EQ(settings.getValue("key", 0), INT32_MIN);
     settings.setValue("key", wide);
     EXPECT_EQ(settings.getValue("key", std::string()), utf8);
     EXPECT_EQ(settings.getValue("key", std::wstring()), wide);
@@ -118,31 +96,24 @@ TEST(layered_settings, ask_the_next_layer_when_a_text_is_refused_and_report_it_o
     }
     EXPECT_EQ(host.settings.getValue("count", 0.5), 3);
     EXPECT_EQ(host.problems,
-              Lines{"the command line: setting count: \"many\" is not a whole number of "
-                    "32 bits"});
-    EXPECT_TRUE(host.settings.exists("count"));
-    EXPECT_FALSE(host.settings.exists("counts"));
-    EXPECT_EQ(lapwing::formatExplanation(host.settings.explain("count")),
+              Lines{"the command line: setting count: \"many\" is not a whole number of 32 bits"});
+    EXPECT_TRUE(host.settings.exists("count") && !host.settings.exists("counts"));
+    EXPECT_EQ(formatExplanation(host.settings.explain("count")),
               "count\n"
               "  the command line: \"many\", refused: not a whole number of 32 bits\n"
               "  the command line: \"3\", answers\n"
               "  the command line: \"4\"\n");
-    EXPECT_EQ(
-        lapwing::formatExplanation(host.settings.explain(DeveloperSettings::Boolean{"count"})),
-        "count\n"
-        "  the command line: \"many\", refused: not true, false, 1 or 0\n"
-        "  the command line: \"3\", refused: not true, false, 1 or 0\n"
-        "  the command line: \"4\", refused: not true, false, 1 or 0\n"
-        "  no layer answers: the default counts\n");
+    EXPECT_NE(formatExplanation(host.settings.explain(DeveloperSettings::Boolean{"count"}))
+                  .find("\"4\", refused: not true, false, 1 or 0\n  no layer answers: the default"),
+              std::string::npos);
 }
 
 TEST(layered_settings, write_to_the_first_writable_layer_and_clear_all) {
     const auto first = std::make_shared<MemoryLayer>();
     const auto second = std::make_shared<MemoryLayer>();
-    const auto below = arguments({"a=below"});
     second->set("a", {"old", false});
     {
-        Host host({arguments({"b=above"}), first, second, below});
+        Host host({arguments({"b=above"}), first, second, arguments({"a=below"})});
         host.settings.setValue("a", std::string("new"));
         EXPECT_EQ(first->find("a"), "new");
         EXPECT_EQ(second->find("a"), "old");
@@ -157,7 +128,7 @@ TEST(layered_settings, write_to_the_first_writable_layer_and_clear_all) {
         EXPECT_EQ(host.problems, (Lines{"setting b was stored in memory" + still,
                                         "setting b was cleared" + still}));
     }
-    Host readOnly({below});
+    Host readOnly({arguments({"a=1"})});
     readOnly.settings.setValue("a", true);
     readOnly.settings.clear("a");
     EXPECT_EQ(readOnly.problems, (Lines{"setting a was not stored: no layer is writable",
@@ -187,7 +158,7 @@ TEST(scoped_settings, nest_and_end_in_any_order) {
     EXPECT_EQ(setting(), 3);
     host.settings.clear("key");
     EXPECT_EQ(setting(), 3);
-    EXPECT_EQ(lapwing::formatExplanation(host.settings.explain("key")),
+    EXPECT_EQ(formatExplanation(host.settings.explain("key")),
               "key\n  a scoped override: \"3\", answers\n  a scoped override: \"2\"\n"
               "  the command line: \"1\"\n  memory: nothing\n");
     outer.reset();
@@ -213,13 +184,9 @@ TEST(environment_layer, maps_keys_to_variables_read_once) {
     EnvironmentLayer layer("LAPWING_T_");
     setVariable("LAPWING_T_LATE", "1");
     EXPECT_EQ(layer.find("logging.ImageDirectory"), "/images=1");
-    EXPECT_EQ(layer.find("LOGGING-imageDirectory"), "/images=1");
-    EXPECT_EQ(layer.origin("logging.ImageDirectory"),
-              "environment variable LAPWING_T_LOGGING_IMAGEDIRECTORY");
+    EXPECT_EQ(layer.origin("LOGGING-image"), "environment variable LAPWING_T_LOGGING_IMAGE");
     EXPECT_EQ(layer.find("\xC3"), "two");
-    EXPECT_EQ(layer.find("no-key"), std::nullopt);
-    EXPECT_EQ(layer.find("late"), std::nullopt);
-    EXPECT_EQ(layer.find(""), std::nullopt);
+    EXPECT_FALSE(layer.find("no-key") || layer.find("late") || layer.find(""));
 #ifndef _WIN32
     setVariable("LAPWING_T_lower", "1");
     EXPECT_EQ(EnvironmentLayer("LAPWING_T_").find("lower"), std::nullopt);
@@ -227,15 +194,12 @@ TEST(environment_layer, maps_keys_to_variables_read_once) {
 }
 
 TEST(arguments_layer, takes_the_last_text_of_a_key_and_refuses_others) {
-    const ArgumentsLayer layer({"a=1", "b==x=", "a=2", "c="});
+    const ArgumentsLayer layer({"a=1", "b==x=", "a=2"});
     EXPECT_EQ(layer.find("a"), "2");
     EXPECT_EQ(layer.find("b"), "=x=");
-    EXPECT_EQ(layer.find("c"), "");
-    for (const std::string text : {"key", "=value", ""}) {
-        EXPECT_EQ(messageOf<std::invalid_argument>([&] {
-                      ArgumentsLayer({"a=1", text});
-                  }),
-                  "a setting must be key=value, not \"" + text + '"');
+    for (const std::string text : {"key", "=value"}) {
+        const auto message = messageOf<std::invalid_argument>([&] { ArgumentsLayer({text}); });
+        EXPECT_EQ(message, "a setting must be key=value, not \"" + text + '"');
     }
 }
 
@@ -243,22 +207,16 @@ TEST(layered_settings, are_used_by_many_threads_at_once) {
     std::atomic<int> problems{0};
     LayeredSettings settings({std::make_shared<MemoryLayer>(), arguments({"bad=x", "good=5"})},
                              [&](const std::string&) { ++problems; });
-    std::array<std::thread, 8> threads;
-    for (std::thread& thread : threads) {
-        thread = std::thread([&settings] {
-            for (std::int32_t i = 0; i < 200; ++i) {
-                settings.setValue("written", i);
-                EXPECT_EQ(settings.getValue("bad", 1), 1);
-                const ScopedSetting<std::int32_t> scoped(settings, "scoped", i);
-                EXPECT_GE(settings.getValue("scoped", -1), 0);
-                EXPECT_EQ(settings.getValue("good", 0), 5);
-                EXPECT_GE(settings.getValue("written", -1), 0);
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    onEightThreads([&settings](int) {
+        for (std::int32_t i = 0; i < 200; ++i) {
+            settings.setValue("written", i);
+            EXPECT_EQ(settings.getValue("bad", 1), 1);
+            const ScopedSetting<std::int32_t> scoped(settings, "scoped", i);
+            EXPECT_GE(settings.getValue("scoped", -1), 0);
+            EXPECT_EQ(settings.getValue("good", 0), 5);
+            EXPECT_GE(settings.getValue("written", -1), 0);
+        }
+    });
     EXPECT_EQ(problems, 1);
     EXPECT_FALSE(settings.exists("scoped"));
 }

@@ -11,6 +11,7 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 using Durations = std::vector<Milliseconds>;
@@ -62,6 +63,16 @@ std::string messageOf(const Call& call) {
     } catch (const Error& error) {
         return error.what();
     }
+}
+
+// Calls copies of `work` with 0 to 7, each on a thread of its own, and waits for them.
+template <class Work>
+void onEightThreads(const Work& work) {
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 8; ++number) {
+        threads.emplace_back(work, number);
+    }
+    std::for_each(threads.begin(), threads.end(), [](std::thread& thread) { thread.join(); });
 }
 
 #endif  // LAPWING_KIT_TESTS_SUPPORT_H

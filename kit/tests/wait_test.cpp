@@ -1,13 +1,13 @@
 #include <lapwing/kit/replay.h>
 #include <lapwing/kit/wait.h>
 
+#include "support.h"
 #include "system_timer.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <functional>
-#include <future>
 #include <thread>
 #include <vector>
 
@@ -64,11 +64,9 @@ TEST(Wait, SleepsUntilItsPointAndSpinsOnlyIfItIsToBeExact) {
         {"exact, woken late", start + 5ms, 0, 9ms, 1, exact, 3},
         {"exact and near", start + timerTolerance / 2, 0, 0ns, 0, exact, 1 + spins / 2},
         {"exact and past", start - 1ns, 0, 0ns, 0, exact, 2},
-        {"exact and first", Time::min(), 0, 0ns, 0, exact, 1},
         {"exact and last", Time::max(), 1, 0ns, 2, exact, 3 + spins},
         {"economical", start + 5ms, 0, 0ns, 1, economical, 2},
         {"economical, woken early", start + 5ms, 3, 0ns, 4, economical, 5},
-        {"economical and past", start, 0, 0ns, 0, economical, 1},
         {"economical and first", Time::min(), 0, 0ns, 0, economical, 1},
         {"economical and last", Time::max(), 1, 0ns, 2, economical, 3},
     };
@@ -108,11 +106,10 @@ TEST(Wait, PadsWhatWorkTookInNanoseconds) {
 
 TEST(Wait, RunsInParallelAndLocksNothingMeanwhile) {
     Replayer replayer({{}, {{"Scan", {9ms}}}}, ReplayPolicy::average(), economical);
-    std::vector<std::future<void>> threads(8);
-    std::atomic<std::size_t> asleep{0};
+    std::atomic<int> asleep{0};
     std::atomic<bool> reported{false};
     onSleep = [&](Time end) {
-        if (++asleep == threads.size()) {
+        if (++asleep == 8) {
             EXPECT_TRUE(replayer.report().operations["Scan"].steps.empty());
             reported = true;
         }
@@ -121,13 +118,8 @@ TEST(Wait, RunsInParallelAndLocksNothingMeanwhile) {
         }
         passUntil(end);
     };
-    for (auto& thread : threads) {
-        thread = std::async(std::launch::async, [&] { replayer("Scan", 0ms); });
-    }
-    for (auto& thread : threads) {
-        thread.get();
-    }
-    EXPECT_EQ(replayer.report().operations["Scan"].steps.size(), threads.size());
+    onEightThreads([&replayer](int) { replayer("Scan", 0ms); });
+    EXPECT_EQ(replayer.report().operations["Scan"].steps.size(), 8U);
 }
 
 }  // namespace

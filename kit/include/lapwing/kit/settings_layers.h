@@ -155,8 +155,8 @@ struct SettingExplanation {
 ///
 /// A write goes to the first layer that is writable, and clearing a key clears it in all that are.
 /// It is a problem if no layer is writable, or if a layer that is not writable comes before one
-/// that is, and still answers. Writing what no text can hold (a double that is not finite, wide text
-/// that is not Unicode) is a problem as well, and changes nothing. Each problem of a text is
+/// that is, and still answers. Writing what no text can hold (a double that is not finite, wide
+/// text that is not Unicode) is a problem as well, and changes nothing. Each problem of a text is
 /// reported once per layer, key and text.
 ///
 /// Failures: reads throw std::bad_alloc if memory runs out, and what a layer or the problem handler
