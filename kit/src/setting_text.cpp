@@ -22,6 +22,33 @@ std::string formatDouble(double value) {
     return stream.str();
 }
 
+bool takeOneOf(std::string_view characters, std::string_view& text) {
+    const bool found = !text.empty() && characters.find(text.front()) != std::string_view::npos;
+    text.remove_prefix(found ? 1 : 0);
+    return found;
+}
+
+bool takeDigits(std::string_view& text) {
+    bool found = false;
+    while (takeOneOf("0123456789", text)) {
+        found = true;
+    }
+    return found;
+}
+
+bool isDecimal(std::string_view text) {
+    takeOneOf("-", text);
+    const bool hasWhole = takeDigits(text);
+    const bool hasFraction = takeOneOf(".", text) && takeDigits(text);
+    if (takeOneOf("eE", text)) {
+        takeOneOf("+-", text);
+        if (!takeDigits(text)) {
+            return false;
+        }
+    }
+    return (hasWhole || hasFraction) && text.empty();
+}
+
 using CodePoint = std::uint32_t;
 constexpr bool wideIsUtf16 = sizeof(wchar_t) == 2;
 constexpr CodePoint firstSupplementary = 0x10000;
@@ -99,17 +126,16 @@ bool parseSetting(std::string_view text, std::int32_t& value) {
     return result.ec == std::errc() && result.ptr == end;
 }
 
-// The characters are checked because a stream takes more than decimal numbers.
+// A stream takes more than decimal numbers. Some fail not only at what is too large but also at
+// what is so small that it loses digits.
 bool parseSetting(std::string_view text, double& value) {
-    const bool startsWell = !text.empty() && text.front() != '+';
-    if (!startsWell || text.find_first_not_of("0123456789+-.eE") != std::string_view::npos) {
+    if (!isDecimal(text)) {
         return false;
     }
     std::istringstream stream{std::string(text)};
     stream.imbue(std::locale::classic());
     stream >> value;
-    return !stream.fail() && stream.peek() == std::istringstream::traits_type::eof() &&
-           std::isfinite(value);
+    return !stream.fail() || std::abs(value) < 1;
 }
 
 bool parseSetting(std::string_view text, std::string& value) {

@@ -211,9 +211,9 @@ TEST_F(SettingsFile, DropsWritesThatItCannotMake) {
     for (const auto& [contents, key, value, reason] : cases) {
         fill(file, contents);
         layer.set(key, value);
-        const std::string start = '"' + std::string(key == "k" ? "k" : "\xEF\xBF\xBD");
-        EXPECT_EQ(newProblems(),
-                  reason.empty() ? Problems() : Problems{start + "\" was not stored: " + reason});
+        const std::string start =
+            key == "k" ? "\"k\" was not stored: " : "\"\xEF\xBF\xBD\" was not stored: ";
+        EXPECT_EQ(newProblems(), reason.empty() ? Problems() : Problems{start + reason});
         EXPECT_EQ(contentsOf(file), contents);
     }
     fill(file, commented);

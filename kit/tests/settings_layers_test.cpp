@@ -47,11 +47,25 @@ struct Conversion {
 
 TEST(settings, are_converted_strictly_or_count_as_absent) {
     const Conversion conversions[]{
-        {"true", true, -7, -7},    {"TRUE", true, -7, -7}, {"false", false, -7, -7},
-        {"1", true, 1, 1},         {"0", false, 0, 0},     {"-12", true, -12, -12},
-        {"+1", true, -7, -7},      {" 1", true, -7, -7},   {"0x10", true, -7, -7},
-        {"2.5e3", true, -7, 2500}, {"1,5", true, -7, -7},  {"1e999", true, -7, -7},
-        {"nan", true, -7, -7},     {"", true, -7, -7},     {"2147483648", true, -7, 2147483648.0},
+        {"true", true, -7, -7},
+        {"TRUE", true, -7, -7},
+        {"false", false, -7, -7},
+        {"1", true, 1, 1},
+        {"0", false, 0, 0},
+        {"-12", true, -12, -12},
+        {"+1", true, -7, -7},
+        {" 1", true, -7, -7},
+        {"0x10", true, -7, -7},
+        {"2.5e3", true, -7, 2500},
+        {"1,5", true, -7, -7},
+        {"1e999", true, -7, -7},
+        {"nan", true, -7, -7},
+        {"1e-", true, -7, -7},
+        {"-.5", true, -7, -0.5},
+        {"5.", true, -7, 5},
+        {".e1", true, -7, -7},
+        {"", true, -7, -7},
+        {"2147483648", true, -7, 2147483648.0},
     };
     for (const Conversion& expected : conversions) {
         SCOPED_TRACE(testing::Message() << '"' << expected.text << '"');

@@ -68,9 +68,10 @@ std::string messageOf(const Call& call) {
 // Calls copies of `work` with 0 to 7, each on a thread of its own, and waits for them.
 template <class Work>
 void onEightThreads(const Work& work) {
-    std::vector<std::thread> threads;
-    for (int number = 0; number < 8; ++number) {
-        threads.emplace_back(work, number);
+    std::vector<std::thread> threads(8);
+    int number = 0;
+    for (std::thread& thread : threads) {
+        thread = std::thread(work, number++);
     }
     std::for_each(threads.begin(), threads.end(), [](std::thread& thread) { thread.join(); });
 }
