@@ -146,7 +146,7 @@ struct LayeredSettings::State {
                  V& value) const;
     template <class V>
     void write(const char* key, const V& value);
-    void clear(const std::string& key);
+    void clear(const std::string& key) const;
     template <class CanAnswer>
     void warnOfLayersBefore(Layers::const_iterator end, const std::string& key,
                             const std::string& change, CanAnswer canAnswer) const;
@@ -206,7 +206,7 @@ void LayeredSettings::State::write(const char* key, const V& value) {
     });
 }
 
-void LayeredSettings::State::clear(const std::string& key) {
+void LayeredSettings::State::clear(const std::string& key) const {
     auto end = layers.cbegin();
     for (auto layer = layers.cbegin(); layer != layers.cend(); ++layer) {
         if (isWritable(*layer)) {

@@ -136,22 +136,22 @@ struct JsonFileLayer::State {
     void store(StoredValues fresh);
     void report(const Problems& problems);
 
+    ReadersLock valuesMutex;
+    StoredValues values;
+
     const fs::path file;
     const std::string name;
 
     std::mutex handlerMutex;
     ProblemHandler handler;
 
-    ReadersLock valuesMutex;
-    StoredValues values;
-
     std::atomic<Clock::time_point> nextLook{Clock::time_point::min()};
 
     // For the thread that loads or writes.
     std::mutex fileMutex;
+    Problems known;
     std::optional<Stamp> stamp;
     bool settled = false;
-    Problems known;
 };
 
 template <class Part>

@@ -72,12 +72,9 @@ bool hasPrefix(std::string_view name, std::string_view prefix) {
 }
 
 bool canBeOfKey(std::string_view rest) {
-    for (const char character : rest) {
-        if (asCompared(character) != inVariable(character)) {
-            return false;
-        }
-    }
-    return true;
+    return std::all_of(rest.begin(), rest.end(), [](char character) {
+        return asCompared(character) == inVariable(character);
+    });
 }
 
 }  // namespace
