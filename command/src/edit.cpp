@@ -1,0 +1,10 @@
+#include "commands.h"
+#include "places.h"
+
+namespace command {
+
+int edit(const EditOptions& /*options*/) {
+    throw Failure("not there yet");
+}
+
+}  // namespace command

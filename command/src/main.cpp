@@ -1,0 +1,56 @@
+#include "arguments.h"
+
+#include "process.h"
+#include "text_table.h"
+
+#include <cstdio>
+#include <exception>
+#include <iostream>
+#include <new>
+#include <string>
+#include <vector>
+
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#include <windows.h>
+#endif
+
+namespace {
+
+constexpr int failed = 2;
+
+int fail(const std::string& reason) {
+    std::cerr << "lapwing: " + lapwing::onOneLine(reason) + '\n';
+    return failed;
+}
+
+int run(const std::vector<std::string>& arguments) {
+    try {
+        return command::runArguments(arguments);
+    } catch (const std::bad_alloc&) {
+        return fail("out of memory");
+    } catch (const std::exception& error) {
+        return fail(error.what());
+    }
+}
+
+}  // namespace
+
+#ifdef _WIN32
+extern "C" int wmain(int argc, wchar_t* argv[]) {
+    SetConsoleOutputCP(CP_UTF8);
+    for (std::FILE* const stream : {stdin, stdout}) {
+        _setmode(_fileno(stream), _O_BINARY);
+    }
+    std::vector<std::string> arguments;
+    for (int i = 1; i < argc; ++i) {
+        arguments.push_back(command::fromSystem(argv[i]));
+    }
+    return run(arguments);
+}
+#else
+int main(int argc, char* argv[]) {
+    return run(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
+}
+#endif

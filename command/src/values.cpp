@@ -1,0 +1,97 @@
+#include "values.h"
+
+#include "places.h"
+#include "setting_text.h"
+#include "text_table.h"
+
+#include <charconv>
+#include <system_error>
+
+namespace command {
+namespace {
+
+constexpr char tokenStart = '\x01';
+constexpr char tokenEnd = '\x02';
+
+[[noreturn]] void refuse(std::string_view option, const std::string& text,
+                         const std::string& wanted) {
+    throw Failure(std::string(option) + ": \"" + lapwing::onOneLine(text) + "\" is not " + wanted);
+}
+
+template <class Number>
+bool parseWhole(const std::string& text, Number& number) {
+    const char* const end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, number);
+    return result.ec == std::errc() && result.ptr == end;
+}
+
+}  // namespace
+
+std::int64_t wholeNumber(std::string_view option, const std::string& text, std::int64_t least,
+                         std::int64_t most) {
+    std::int64_t number = 0;
+    if (!parseWhole(text, number) || number < least || number > most) {
+        refuse(option, text,
+               "a whole number from " + std::to_string(least) + " to " + std::to_string(most));
+    }
+    return number;
+}
+
+std::uint64_t seedNumber(std::string_view option, const std::string& text) {
+    std::uint64_t number = 0;
+    if (!parseWhole(text, number)) {
+        refuse(option, text, "a whole number of 64 bits");
+    }
+    return number;
+}
+
+double decimalNumber(std::string_view option, const std::string& text) {
+    double number = 0;
+    if (!lapwing::parseSetting(text, number)) {
+        refuse(option, text, "a decimal number");
+    }
+    return number;
+}
+
+std::pair<std::string, std::string> pairOf(std::string_view option, const std::string& text) {
+    const std::size_t separator = text.find('=');
+    if (separator == std::string::npos || separator == 0) {
+        refuse(option, text, "of the form A=B");
+    }
+    return {text.substr(0, separator), text.substr(separator + 1)};
+}
+
+std::pair<double, double> rangeOf(std::string_view option, const std::string& text) {
+    const std::size_t separator = text.find("..");
+    std::pair<double, double> range;
+    if (separator == std::string::npos ||
+        !lapwing::parseSetting(text.substr(0, separator), range.first) ||
+        !lapwing::parseSetting(text.substr(separator + 2), range.second)) {
+        refuse(option, text, "of the form LOW..HIGH");
+    }
+    return range;
+}
+
+std::string Tokens::hide(std::string value) {
+    values.push_back(std::move(value));
+    return tokenStart + std::to_string(values.size() - 1) + tokenEnd;
+}
+
+std::string Tokens::reveal(std::string_view text) const {
+    std::string revealed;
+    while (!text.empty()) {
+        const std::size_t start = text.find(tokenStart);
+        revealed += text.substr(0, start);
+        if (start == std::string_view::npos) {
+            break;
+        }
+        const std::size_t end = text.find(tokenEnd, start);
+        std::size_t index = 0;
+        std::from_chars(text.data() + start + 1, text.data() + end, index);
+        revealed += values.at(index);
+        text.remove_prefix(end + 1);
+    }
+    return revealed;
+}
+
+}  // namespace command

@@ -1,0 +1,39 @@
+// Texts of the command line, and what they stand for. All functions throw Failure for a text that
+// stands for nothing; `option` is its name in the message.
+
+#ifndef LAPWING_COMMAND_VALUES_H
+#define LAPWING_COMMAND_VALUES_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace command {
+
+std::int64_t wholeNumber(std::string_view option, const std::string& text, std::int64_t least,
+                         std::int64_t most);
+std::uint64_t seedNumber(std::string_view option, const std::string& text);
+double decimalNumber(std::string_view option, const std::string& text);
+
+// Splits at the first "=", behind something.
+std::pair<std::string, std::string> pairOf(std::string_view option, const std::string& text);
+
+// LOW..HIGH, two percentages.
+std::pair<double, double> rangeOf(std::string_view option, const std::string& text);
+
+// Texts in the place of which a parser sees tokens, so that it takes nothing apart.
+class Tokens {
+public:
+    std::string hide(std::string value);
+    // Puts the values back into a text with tokens.
+    [[nodiscard]] std::string reveal(std::string_view text) const;
+
+private:
+    std::vector<std::string> values;
+};
+
+}  // namespace command
+
+#endif  // LAPWING_COMMAND_VALUES_H
