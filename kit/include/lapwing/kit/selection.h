@@ -34,12 +34,14 @@ struct Selection {
 ///
 /// Keys and values are percent-encoded bytes. `label` (its value is KEY=VALUE) and `name` may be
 /// there several times; a name that begins with "hex:" is read as in a file. Times are UTC, a day
-/// or a second. Throws std::invalid_argument, which names the pair, for anything else.
+/// or a second. An empty query asks for everything. Throws std::invalid_argument, which names the
+/// pair, for anything else. Any number of threads may call it at once.
 [[nodiscard]] Selection parseSelection(std::string_view query);
 
 /// Returns those of `recordings` that are selected, in their order. If names are asked for, others
-/// are taken out, and recordings without any of them are left out. Of recordings with the same
-/// time, those that come later in the order of merged() are the latest.
+/// are taken out, and recordings without any of them are left out; ids stay as they are. Of
+/// recordings with the same time, those that come later in the order of merged() are the latest.
+/// Any number of threads may call it at once.
 [[nodiscard]] std::vector<Recording> selected(std::vector<Recording> recordings,
                                               const Selection& selection);
 
