@@ -25,12 +25,14 @@ class ImportError : public std::runtime_error {
 /// Finds the lines "NAME: End - 12 ms" of Instrumentation in any log, one sample each. Other lines
 /// are skipped. The name begins behind the last "] ", "]: ", "| " or tab before the line's ": End",
 /// else where the line begins; leading blanks are dropped. If `prefix` is not empty, it is a
-/// regular expression (ECMAScript) of what stands before the name: lines that do not begin with it
-/// are skipped. Throws std::invalid_argument if it is no regular expression.
+/// regular expression (ECMAScript) of what stands before the name: lines that do not begin with it,
+/// within 4096 bytes, are skipped. So are names longer than 64 KiB, which files cannot hold, and
+/// what is beyond 16 MiB in a line. Throws std::invalid_argument if the prefix is no regular
+/// expression, is longer than 1000 bytes, or refers back to its groups.
 [[nodiscard]] TimingProfile importLog(std::istream& stream, const std::string& prefix = {});
 
-/// Reads the JSON that hyperfine exports: every run's time, in seconds there, by command. Throws
-/// ImportError.
+/// Reads the JSON that hyperfine exports: every run's time, in seconds there, by command. It may
+/// have 32 MiB. Throws ImportError.
 [[nodiscard]] TimingProfile importHyperfine(std::istream& stream, const std::string& file);
 
 /// Reads lines of name,milliseconds: RFC 4180, names in quotation marks if need be and otherwise as
