@@ -135,6 +135,14 @@ Options::Take to(Renames& target) {
     };
 }
 
+// Only the name may stand in hexadecimal.
+Options::Take toLines(Renames& target) {
+    return [&target](const std::string& option, const std::string& value) {
+        auto [name, line] = pairOf(option, value);
+        target.emplace_back(bytesOf(name), std::move(line));
+    };
+}
+
 Options::Take to(std::optional<double>& target) {
     return [&target](const std::string& option, const std::string& value) {
         target = decimalNumber(option, value);
@@ -168,7 +176,7 @@ void addRecord(CLI::App& app, Request& request, RecordOptions& values) {
     options.one("--into", "PLACE", "Where to add the recording", to(values.into))->required();
     auto* const run =
         options.many("--run", "NAME=COMMANDLINE", "Run this in a shell, in turn with the others",
-                     to(values.lines));
+                     toLines(values.lines));
     run->excludes(name);
     options.onFinish([&] {
         values.program = request.program;
@@ -195,7 +203,7 @@ void addReplay(CLI::App& app, Request& request, ReplayOptions& values) {
                 });
     options.one("--scale", "F", "Multiply by this",
                 [&](const std::string& option, const std::string& value) {
-                    values.scale = decimalNumber(option, value);
+                    values.scale = factorNumber(option, value);
                 });
     options.one("--jitter", "MS", "Add up to so many milliseconds, or take them away",
                 to(values.jitter, 0, mostMilliseconds));

@@ -53,6 +53,22 @@ double decimalNumber(std::string_view option, const std::string& text) {
     return number;
 }
 
+double factorNumber(std::string_view option, const std::string& text) {
+    const double factor = decimalNumber(option, text);
+    if (factor < 0) {
+        refuse(option, text, "a factor: it is negative");
+    }
+    return factor;
+}
+
+std::optional<double> percentileOf(const std::string& text) {
+    double percent = 50;
+    const bool hasNumber = !text.empty() && text.front() == 'p';
+    const bool isKnown =
+        hasNumber ? lapwing::parseSetting(text.substr(1), percent) : text == "median";
+    return isKnown && percent >= 0 && percent <= 100 ? std::optional(percent) : std::nullopt;
+}
+
 std::pair<std::string, std::string> pairOf(std::string_view option, const std::string& text) {
     const std::size_t separator = text.find('=');
     if (separator == std::string::npos || separator == 0) {

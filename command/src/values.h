@@ -1,10 +1,11 @@
-// Texts of the command line, and what they stand for. All functions throw Failure for a text that
-// stands for nothing; `option` is its name in the message.
+// Texts of the command line, and what they stand for. Functions that take an `option` throw Failure,
+// which names it, for a text that stands for nothing.
 
 #ifndef LAPWING_COMMAND_VALUES_H
 #define LAPWING_COMMAND_VALUES_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -16,6 +17,10 @@ std::int64_t wholeNumber(std::string_view option, const std::string& text, std::
                          std::int64_t most);
 std::uint64_t seedNumber(std::string_view option, const std::string& text);
 double decimalNumber(std::string_view option, const std::string& text);
+double factorNumber(std::string_view option, const std::string& text);
+
+// Returns the percentage of "median" or "pNN", such as p99; nothing for any other text.
+std::optional<double> percentileOf(const std::string& text);
 
 // Splits at the first "=", behind something.
 std::pair<std::string, std::string> pairOf(std::string_view option, const std::string& text);
