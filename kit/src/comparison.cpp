@@ -214,6 +214,8 @@ Comparison compareSides(std::string_view name, const Sides& sides, const Toleran
                         IntervalRanks& ranks) {
     Comparison row;
     row.name = name;
+    row.recordingsBefore = sides.before.size();
+    row.recordingsAfter = sides.after.size();
     const Durations before = pooled(sides.before);
     const Durations after = pooled(sides.after);
     row.before = summarize(before);

@@ -109,6 +109,8 @@ TEST(Comparison, TakesTheExactIntervalOfTheNewest64Recordings) {
         const auto row = compare(recordingsOf(old), recordingsOf(fresh)).at(0);
         const int whole = (rank - 1) / before;
         const int rest = (rank - 1) % before;
+        EXPECT_EQ(row.recordingsBefore, static_cast<std::size_t>(before));
+        EXPECT_EQ(row.recordingsAfter, static_cast<std::size_t>(std::min(after, 64)));
         EXPECT_EQ(row.interval->low, whole * 64 + rest - before + 1) << rank;
         EXPECT_EQ(row.interval->high, (std::min(after, 64) - 1 - whole) * 64 - rest);
     }

@@ -80,6 +80,12 @@ struct Comparison {
     bool provisional = false;
 
     /// @{
+    /// How many recordings were compared on each side.
+    std::size_t recordingsBefore = 0;
+    std::size_t recordingsAfter = 0;
+    /// @}
+
+    /// @{
     /// The figures of all samples that were compared; absent for a side that does not have the
     /// name.
     std::optional<Summary> before;
