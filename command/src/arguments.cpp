@@ -326,8 +326,9 @@ void addReport(CLI::App& app, Request& request, ReportOptions& values) {
     options.onFinish([&] { return report(values); });
 }
 
+// Standard input may have a filter.
 bool isOption(const std::string& argument) {
-    return argument.size() > 1 && argument.front() == '-';
+    return argument.size() > 1 && argument.front() == '-' && argument[1] != '?';
 }
 
 const CLI::App* findCommand(const CLI::App& app, const std::string& name) {

@@ -69,6 +69,10 @@ std::vector<Recording> load(const Places& places) {
     return all;
 }
 
+std::string nameOf(const std::string& file) {
+    return file == standardStream ? standardInput : lapwing::displayName(pathOf(file));
+}
+
 void readFile(const std::string& file, const std::function<void(std::istream&)>& read) {
     if (file == standardStream) {
         read(std::cin);
@@ -78,8 +82,10 @@ void readFile(const std::string& file, const std::function<void(std::istream&)>&
     if (!stream) {
         lapwing::throwSystemError(pathOf(file));
     }
-    read(stream);
-    if (stream.bad()) {
+    stream.exceptions(std::ios::badbit);
+    try {
+        read(stream);
+    } catch (const std::ios::failure&) {
         lapwing::throwSystemError(pathOf(file));
     }
 }

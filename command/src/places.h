@@ -35,6 +35,9 @@ std::vector<lapwing::Recording> load(const std::string& place);
 // Those of all places, combined as lapwing::merged() does.
 std::vector<lapwing::Recording> load(const Places& places);
 
+// The file's name in messages.
+std::string nameOf(const std::string& file);
+
 // Calls `read` with the file, or with standard input for "-".
 void readFile(const std::string& file, const std::function<void(std::istream&)>& read);
 

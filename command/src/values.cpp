@@ -1,6 +1,5 @@
 #include "values.h"
 
-#include "places.h"
 #include "setting_text.h"
 #include "text_table.h"
 

@@ -1,11 +1,14 @@
-// Texts of the command line, and what they stand for. Functions that take an `option` throw Failure,
-// which names it, for a text that stands for nothing.
+// Texts of the command line, and what they stand for. Functions that take an `option` throw
+// Failure, which names it, for a text that stands for nothing.
 
 #ifndef LAPWING_COMMAND_VALUES_H
 #define LAPWING_COMMAND_VALUES_H
 
+#include "places.h"
+
 #include <cstdint>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -27,6 +30,16 @@ std::pair<std::string, std::string> pairOf(std::string_view option, const std::s
 
 // LOW..HIGH, two percentages.
 std::pair<double, double> rangeOf(std::string_view option, const std::string& text);
+
+// Calls `call`. A text or number that it refuses is one of the option's.
+template <class Call>
+void inOption(const std::string& option, const Call& call) {
+    try {
+        call();
+    } catch (const std::invalid_argument& error) {
+        throw Failure(option + ": " + error.what());
+    }
+}
 
 // Texts in the place of which a parser sees tokens, so that it takes nothing apart.
 class Tokens {
