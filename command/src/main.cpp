@@ -1,5 +1,6 @@
 #include "arguments.h"
 
+#include "places.h"
 #include "process.h"
 #include "text_table.h"
 
@@ -20,14 +21,16 @@ namespace {
 
 constexpr int failed = 2;
 
-int fail(const std::string& reason) {
+int fail(const std::string& reason, int exitCode = failed) {
     std::cerr << "lapwing: " + lapwing::onOneLine(reason) + '\n';
-    return failed;
+    return exitCode;
 }
 
 int run(const std::vector<std::string>& arguments) {
     try {
         return command::runArguments(arguments);
+    } catch (const command::Stop& stop) {
+        return fail(stop.what(), stop.exitCode());
     } catch (const std::bad_alloc&) {
         return fail("out of memory");
     } catch (const std::exception& error) {
@@ -39,7 +42,7 @@ int run(const std::vector<std::string>& arguments) {
 
 #ifdef _WIN32
 extern "C" int wmain(int argc, wchar_t* argv[]) {
-    SetConsoleOutputCP(CP_UTF8);
+    const command::Utf8Console console;
     for (std::FILE* const stream : {stdin, stdout}) {
         _setmode(_fileno(stream), _O_BINARY);
     }

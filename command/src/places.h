@@ -22,6 +22,16 @@ class Failure : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// The same with an exit code of its own.
+class Stop : public Failure {
+public:
+    Stop(const std::string& reason, int exitCode) : Failure(reason), code(exitCode) {}
+    [[nodiscard]] int exitCode() const noexcept { return code; }
+
+private:
+    int code;
+};
+
 // The file that an argument names.
 std::filesystem::path pathOf(const std::string& argument);
 
