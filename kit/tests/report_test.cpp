@@ -1,0 +1,1 @@
+#include <lapwing/kit/report.h>
