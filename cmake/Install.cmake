@@ -39,3 +39,14 @@ if(LAPWING_BUILD_KIT)
     configure_file(cmake/lapwing-kit.pc.in lapwing-kit.pc @ONLY)
     install(FILES ${CMAKE_CURRENT_BINARY_DIR}/lapwing-kit.pc DESTINATION ${pc_dir})
 endif()
+
+if(LAPWING_BUILD_COMMAND)
+    # The archives can be unpacked anywhere.
+    cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_LIBDIR BASE_DIRECTORY ${CMAKE_INSTALL_FULL_BINDIR}
+        OUTPUT_VARIABLE libraries)
+    set_target_properties(lapwing_command PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries}")
+    install(TARGETS lapwing_command RUNTIME COMPONENT tools)
+    install(FILES command/lapwing.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+    install(FILES command/lapwing.bash RENAME lapwing COMPONENT tools
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+endif()

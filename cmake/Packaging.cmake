@@ -4,6 +4,9 @@ set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "This package holds the library that pro
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
     "This package holds what is needed to build programs with it.")
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS runtime)
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION
+    "This package holds a command that records how long programs take.")
+set(CPACK_COMPONENT_TOOLS_DEPENDS runtime)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
@@ -20,19 +23,35 @@ foreach(page IN LISTS pages)
 endforeach()
 install(DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/pages/ DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
-    FILES_MATCHING PATTERN *.cpp PATTERN *.h PATTERN *.svg)
+    FILES_MATCHING PATTERN *.cpp PATTERN *.h PATTERN *.svg PATTERN *.png)
 
-# The kit contains code of nlohmann-json, whose licence asks for its notice.
+# The kit contains code of nlohmann-json, and the command that of CLI11, too. Their licences ask for
+# their notices.
 set(notices ${CMAKE_INSTALL_DOCDIR}/licences)
-if(LAPWING_BUILD_KIT)
-    set(LAPWING_JSON_LICENCE /usr/share/doc/nlohmann-json3-dev/copyright CACHE FILEPATH
-        "Licence of nlohmann-json, which is installed with the kit")
-    if(EXISTS ${LAPWING_JSON_LICENCE})
-        install(FILES ${LAPWING_JSON_LICENCE} DESTINATION ${notices} RENAME nlohmann-json.txt)
+
+# install_notice(NAME PACKAGE COMPONENT FOLDER): as the Debian package has it.
+function(install_notice name package component folder)
+    string(TOUPPER "LAPWING_${name}_LICENCE" variable)
+    set(${variable} /usr/share/doc/${package}/copyright CACHE FILEPATH
+        "Licence of what ${package} holds, which is installed")
+    if(EXISTS ${${variable}})
+        string(REGEX REPLACE "3?-dev$" "" file ${package})
+        install(FILES ${${variable}} DESTINATION ${folder}/licences RENAME ${file}.txt
+            COMPONENT ${component})
     else()
-        message(WARNING "What is installed will lack the licence of nlohmann-json: set "
-            "LAPWING_JSON_LICENCE to the file that holds it.")
+        message(WARNING
+            "What is installed will lack the licence of ${name}: set ${variable} to its file.")
     endif()
+endfunction()
+
+set(notices ${CMAKE_INSTALL_DOCDIR}/licences)
+set(LAPWING_TOOLS_DOCDIR ${CMAKE_INSTALL_DOCDIR} CACHE STRING "Where licences of the tools go")
+if(LAPWING_BUILD_KIT)
+    install_notice(json nlohmann-json3-dev development ${CMAKE_INSTALL_DOCDIR})
+endif()
+if(LAPWING_BUILD_COMMAND)
+    install_notice(json nlohmann-json3-dev tools ${LAPWING_TOOLS_DOCDIR})
+    install_notice(cli11 libcli11-dev tools ${LAPWING_TOOLS_DOCDIR})
 endif()
 
 # The notices are those of the Debian packages that the DLLs come from.
@@ -71,5 +90,7 @@ file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_BINARY_DIR}/triggers)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME liblapwing-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME lapwing-tools)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION devel)
 
 include(CPack)
