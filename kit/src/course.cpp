@@ -216,8 +216,8 @@ std::string captionOf(const RecordedParts& parts, std::size_t perPoint) {
     }
     const std::string joint =
         perPoint > 1 ? " Each point joins up to " + countText(perPoint) + " recordings." : "";
-    return toHtml("Median over time with the band from p10 to p90: " +
-                  countText(parts.size(), "recording") + ", " + datesOf(recordings) + '.' + joint);
+    return "Median over time with the band from p10 to p90: " +
+           countText(parts.size(), "recording") + ", " + datesOf(recordings) + '.' + joint;
 }
 
 }  // namespace

@@ -33,11 +33,12 @@ th, td { padding: 4px 0 4px 16px; text-align: right; border-top: 1px solid var(-
   vertical-align: baseline; }
 td { white-space: nowrap; }
 thead th { border-top: 0; color: var(--quiet); font-weight: 500; white-space: nowrap; }
-tbody th { font-weight: 500; min-width: 8em; }
+tbody th { font-weight: 500; min-width: 11em; }
 .charts th, .charts td { padding-left: 10px; font-size: 13px; }
-.charts tbody th { min-width: 0; }
+.charts tbody th { min-width: 0; white-space: nowrap; }
 tr > :first-child, .charts tr > :first-child { padding-left: 0; text-align: left; }
 .text { text-align: left; }
+.nowrap { white-space: nowrap; }
 .charts { display: grid; grid-template-columns: repeat(auto-fill, minmax(min(100%, 400px), 1fr));
   gap: 16px 28px; margin-top: 10px; }
 .charts > * { min-width: 0; }
@@ -85,13 +86,20 @@ h2 .badge { margin-left: 6px; vertical-align: 2px; }
 .curve { stroke: var(--s0); stroke-width: 1.8; }
 .overruns { fill: var(--bad); }
 .swatch { display: inline-block; width: 11px; height: 11px; vertical-align: -1px; }
+@media screen and (max-width: 500px) {
+  main { padding: 16px 8px 32px; }
+  .panel { padding: 12px 10px; }
+}
 @media print {
   body { background: #fff; font-size: 10pt; }
   main { max-width: none; padding: 0; }
   .panel { break-inside: avoid; border-radius: 0; }
   .scroll { overflow: visible; }
-  table { font-size: 8.5pt; }
-  th, td { padding-left: 8px; }
+  table, .badge { font-size: 8pt; }
+  th, td { padding-left: 7px; }
+  td, thead th { white-space: normal; }
+  tbody th { min-width: 0; }
+  .charts th, .charts td { padding-left: 6px; font-size: 7.5pt; }
   .charts { grid-template-columns: 1fr 1fr; }
   * { print-color-adjust: exact; -webkit-print-color-adjust: exact; }
 }

@@ -37,7 +37,10 @@ std::string datesOf(const std::vector<const Recording*>& recordings) {
         });
     const std::string begin = dateOf(**first);
     const std::string end = dateOf(**last);
-    return (begin == end ? begin : begin + " to " + end) + " UTC";
+    const auto whole = [](const std::string& text) {
+        return element("span", {{"class", "nowrap"}}, text);
+    };
+    return (begin == end ? "" : whole(begin) + " to ") + whole(end + " UTC");
 }
 
 std::string describe(const std::vector<Recording>& recordings) {

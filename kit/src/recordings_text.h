@@ -10,7 +10,7 @@
 
 namespace lapwing {
 
-// Returns the first and the last of their times, in UTC. There must be one.
+// Returns, as markup, the first and the last of their times, in UTC. There must be one.
 std::string datesOf(const std::vector<const Recording*>& recordings);
 
 // Returns, as markup, how many there are, from when, and which labels all of them share.

@@ -140,8 +140,7 @@ std::string summaryTable(const std::vector<Shown>& all) {
         rows.push_back(rowOf(shown, rows.size() + 1));
     }
     return element("section", {{"class", "panel"}},
-                   tableToHtml("All operations; averages of the calls, and how late they ended",
-                               columns, rows)) +
+                   tableToHtml("All operations, with averages of their calls", columns, rows)) +
            '\n';
 }
 
@@ -164,14 +163,18 @@ std::string drawBar(const Plot& plot, double y, const std::vector<Part>& parts) 
     return bar;
 }
 
-std::string keys(const std::vector<Part>& parts) {
+std::string keyOf(const Part& part) {
+    const std::string swatch =
+        element("svg", {{"class", "swatch"}, {"viewBox", "0 0 1 1"}, {"aria-hidden", "true"}},
+                emptyElement("path", {{"class", part.name}, {"d", "M0 0h1v1h-1z"}}));
+    return element("span", {{"class", "nowrap"}},
+                   swatch + ' ' + part.name + ' ' + timeText(part.time));
+}
+
+std::string keysOf(const std::vector<Part>& parts) {
     std::string markup;
     for (const Part& part : parts) {
-        markup += markup.empty() ? "" : ", ";
-        markup +=
-            element("svg", {{"class", "swatch"}, {"viewBox", "0 0 1 1"}, {"aria-hidden", "true"}},
-                    emptyElement("path", {{"class", part.name}, {"d", "M0 0h1v1h-1z"}})) +
-            "\xC2\xA0" + part.name + ' ' + timeText(part.time);
+        markup += (markup.empty() ? "" : ", ") + keyOf(part);
     }
     return markup;
 }
@@ -206,7 +209,7 @@ std::string drawAverages(const Shown& shown) {
     }
     const std::string title = "Average call of " + shortened(shown.name);
     return figure(drawing(plot, title, content),
-                  "The average call: " + keys(lasted) +
+                  "The average call: " + keysOf(lasted) +
                       (hasData ? ". The line is the target, " + timeText(means.target) : "") + '.');
 }
 

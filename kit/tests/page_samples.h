@@ -6,6 +6,7 @@
 #include <lapwing/kit/recording.h>
 #include <lapwing/kit/replay.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
