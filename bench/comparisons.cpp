@@ -22,7 +22,10 @@ void measure(const Comparison& comparison, const std::string& side, const Body& 
     auto* const benchmark =
         benchmark::RegisterBenchmark((comparison.name + "/" + side).c_str(), body);
     if (comparison.threads > 1) {
-        benchmark->Threads(comparison.threads)->UseRealTime();
+        benchmark->Threads(comparison.threads);
+    }
+    if (comparison.isWallTime || comparison.threads > 1) {
+        benchmark->UseRealTime();
     }
     if (iterations > 0) {
         benchmark->Iterations(iterations);

@@ -33,6 +33,8 @@ struct Comparison {
     int threads = 1;
     // Zero: as many as take long enough, as with peers. A number, where what is measured grows.
     std::int64_t iterations = 0;
+    // Whether the wall's time counts, as it does for several threads.
+    bool isWallTime = false;
 };
 
 void add(const Comparison& comparison);
@@ -76,5 +78,6 @@ void compareSampling();
 void compareRecordingFiles();
 void compareReplayer();
 void compareLayeredSettings();
+void compareProcesses();
 
 #endif  // LAPWING_BENCH_COMPARISONS_H

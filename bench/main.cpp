@@ -22,6 +22,9 @@ int main(int argc, char** argv) {
     compareReplayer();
     compareLayeredSettings();
 #endif
+#if defined(LAPWING_BENCH_COMMAND)
+    compareProcesses();
+#endif
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
 }

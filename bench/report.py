@@ -70,9 +70,9 @@ def run_replay(folder, brief):
 
 
 # Times of one thread are its processor time, so that what else runs on the machine does not count;
-# times of several are the wall's, so that waiting for each other does.
+# times of several threads and of programs are the wall's, so that waiting for each other does.
 def nanoseconds(run):
-    return run["real_time" if run["threads"] > 1 else "cpu_time"]
+    return run["real_time" if "real_time" in run["run_name"].split("/") else "cpu_time"]
 
 
 # The median time of each side, and of each size of each side where the row grows.
