@@ -2,12 +2,15 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
+#include <string>
+
 #include "comparisons.h"
 #include "process.h"
 
 namespace {
 
-char path[] = "/bin/true";
+std::string path = "/bin/true";
 
 void compareRunningAProgram() {
     const auto lapwing = [](benchmark::State& state) {
@@ -16,8 +19,9 @@ void compareRunningAProgram() {
     const auto floor = [](benchmark::State& state) {
         comparisons::repeat(state, [] {
             pid_t process = 0;
-            char* const arguments[] = {path, nullptr};
-            int status = posix_spawn(&process, path, nullptr, nullptr, arguments, environ);
+            const std::array<char*, 2> arguments{path.data(), nullptr};
+            int status =
+                posix_spawn(&process, path.c_str(), nullptr, nullptr, arguments.data(), environ);
             if (status == 0) {
                 waitpid(process, &status, 0);
             }

@@ -106,6 +106,7 @@ Ending reap(pid_t process) {
 
 Ending run(const std::vector<std::string>& program, const Redirections* redirections) {
     std::vector<char*> arguments;
+    arguments.reserve(program.size() + 1);
     for (const std::string& argument : program) {
         arguments.push_back(const_cast<char*>(argument.c_str()));
     }

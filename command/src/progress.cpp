@@ -34,7 +34,7 @@ void Progress::end(std::chrono::nanoseconds took) {
 }
 
 std::string Progress::text() const {
-    const std::string run = "run " + std::to_string(done + 1) + " of " + std::to_string(runs);
+    std::string run = "run " + std::to_string(done + 1) + " of " + std::to_string(runs);
     if (done == 0) {
         return run;
     }
