@@ -63,7 +63,16 @@ bool isUtf8Locale() {
 
 using Levels = std::array<const char*, 9>;
 constexpr Levels plainLevels{" ", ".", ":", "-", "=", "+", "*", "#", "@"};
-constexpr Levels unicodeLevels{" ", "▁", "▂", "▃", "▄", "▅", "▆", "▇", "█"};
+// Blocks of one eighth to eight, from U+2581.
+constexpr Levels unicodeLevels{" ",
+                               "\xE2\x96\x81",
+                               "\xE2\x96\x82",
+                               "\xE2\x96\x83",
+                               "\xE2\x96\x84",
+                               "\xE2\x96\x85",
+                               "\xE2\x96\x86",
+                               "\xE2\x96\x87",
+                               "\xE2\x96\x88"};
 
 // Each bin holds as many milliseconds as the others, and there are at most `most` bins.
 std::vector<std::size_t> histogram(const std::vector<Milliseconds>& samples, std::size_t most) {

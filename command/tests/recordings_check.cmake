@@ -30,10 +30,17 @@ function(check_refusal name reason)
     check(${name} EXIT 2 ERROR "lapwing: ${reason}[^\n]*\n" ARGUMENTS ${ARGN})
 endfunction()
 
-# check_json(<name> <pattern> <path>...): what stands at the path of `output`.
-function(check_json name pattern)
-    string(JSON value GET "${output}" ${ARGN})
-    require_match(${name} "${ARGN}" "${value}" "^${pattern}$")
+# check_json(<name> <member>... VALUES <path;value>...): what stands at paths below the members of
+# `output`. A value is a pattern.
+function(check_json name)
+    cmake_parse_arguments(PARSE_ARGV 1 expected "" "" "VALUES")
+    foreach(entry IN LISTS expected_VALUES)
+        string(REGEX MATCH "^(.*)=(.*)$" entry "${entry}")
+        set(pattern "${CMAKE_MATCH_2}")
+        string(REPLACE "/" ";" path "${CMAKE_MATCH_1}")
+        string(JSON value GET "${output}" ${expected_UNPARSED_ARGUMENTS} ${path})
+        require_match(${name} "${path}" "${value}" "^${pattern}$")
+    endforeach()
 endfunction()
 
 # check_members(<name> <first> <member>...): some of `output`, in their order, from the first there.
@@ -84,11 +91,8 @@ endif()
 set(figures name recordings samples average min median p90 p99 max mean stddev)
 check(show_json EXIT 0 OUTPUT ".*" ARGUMENTS show --json two)
 check_members(show_json operations operations ${figures})
-foreach(entry IN ITEMS "0;name;Scan" "0;recordings;2" "0;samples;10" "0;average;6" "0;median;9"
-        "0;mean;6[.]2[0-9]*" "1;name;a \"b\",\n<c>" "1;stddev;0[.]0" "2;name;hex:ff")
-    list(POP_BACK entry value)
-    check_json(show_json "${value}" operations ${entry})
-endforeach()
+check_json(show_json operations VALUES 0/name=Scan 0/recordings=2 0/samples=10 0/average=6
+    0/median=9 0/mean=6[.]2[0-9]* "1/name=a \"b\",\n<c>" 1/stddev=0[.]0 2/name=hex:ff)
 check(show_csv EXIT 0 ARGUMENTS show --csv two?last=1 OUTPUT "name,recording,recorded,sample
 Scan,two-2,2026-01-02T00:00:00Z,0\n.*
 \"a \"\"b\"\",\n<c>\",two-2,2026-01-02T00:00:00Z,1\nhex:ff,two-2,2026-01-02T00:00:00Z,2\n")
@@ -109,15 +113,11 @@ Same +same [^\n]* 1 ms\nGone +only-before[^\n]*\nWide +only-before[^\n]*\nNew +o
 check(compare_json EXIT 1 OUTPUT ".*" ARGUMENTS compare before after --json)
 check_members(compare_json verdict verdict operations name verdict provisional shift_ms interval_ms
     margin_ms needed before ${figures} after)
-foreach(entry IN ITEMS "verdict;slower" "operations;0;name;Gone" "operations;0;verdict;only-before"
-        "operations;0;shift_ms;" "operations;0;interval_ms;" "operations;0;after;"
-        "operations;3;verdict;slower" "operations;3;provisional;OFF" "operations;3;shift_ms;20.0"
-        "operations;3;interval_ms;1;20.0" "operations;3;margin_ms;1.25" "operations;3;needed;"
-        "operations;3;before;recordings;6" "operations;3;after;samples;12")
-    string(REGEX REPLACE ".*;" "" value "${entry}")
-    string(REGEX REPLACE ";[^;]*$" "" path "${entry}")
-    check_json(compare_json "${value}" ${path})
-endforeach()
+check_json(compare_json VALUES verdict=slower operations/0/name=Gone
+    operations/0/verdict=only-before operations/0/shift_ms= operations/0/interval_ms=
+    operations/0/after= operations/3/verdict=slower operations/3/provisional=OFF
+    operations/3/shift_ms=20.0 operations/3/interval_ms/1=20.0 operations/3/margin_ms=1.25
+    operations/3/needed= operations/3/before/recordings=6 operations/3/after/samples=12)
 check(compare_strict EXIT 1 OUTPUT ".*" ARGUMENTS compare before after --strict)
 check(compare_tolerance EXIT 0 OUTPUT ".*" ARGUMENTS compare before after --tolerance 80 --strict)
 check(compare_at_least EXIT 0 OUTPUT ".*" ARGUMENTS compare before after --at-least 20)
@@ -137,25 +137,20 @@ foreach(day RANGE 1 6)
         ARGUMENTS import --into noisy --csv ${day})
 endforeach()
 check(compare_undecided EXIT 0 ARGUMENTS compare noisy noisy --json OUTPUT ".*")
-check_json(compare_undecided "undecided" verdict)
-check_json(compare_undecided "[0-9]+" operations 0 needed)
+check_json(compare_undecided VALUES verdict=undecided operations/0/needed=[0-9]+)
 check(compare_undecided_table EXIT 0 ARGUMENTS compare noisy noisy --strict --at-least 25
     OUTPUT ".* no change found; one of up to [0-9]+ ms could be there; [^\n]* decide it\n")
 
 # ---- merge
 check(merge EXIT 0 ARGUMENTS merge -o merged before few before)
 check(merged EXIT 0 OUTPUT ".*" ARGUMENTS show --json merged?name=Same)
-check_json(merged 8 operations 0 recordings)
+check_json(merged VALUES operations/0/recordings=8)
 
 # ---- edit
 check(edit EXIT 0 OUTPUT ".*" ARGUMENTS edit two?last=1 -o - --only Scan --only hex:ff
     --without hex:ff --rename Scan=Read --scale 2 --trim 21..100 --reduce median --label a=b)
-foreach(entry IN ITEMS "samples;Read;[[] 18 []]" "labels;a;b" "labels;build;2"
-        "recorded;2026-01-02T00:00:00Z" "id;[0-9a-f]+")
-    string(REGEX REPLACE ".*;" "" value "${entry}")
-    string(REGEX REPLACE ";[^;]*$" "" path "${entry}")
-    check_json(edit "${value}" recordings 0 ${path})
-endforeach()
+check_json(edit recordings 0 VALUES "samples/Read=[[] 18 []]" labels/a=b labels/build=2
+    recorded=2026-01-02T00:00:00Z id=[0-9a-f]+)
 check(edit_some EXIT 0 OUTPUT ".*" INPUT merged ARGUMENTS edit - -o - --without Gone)
 string(REGEX MATCHALL "before-[1-6]" ids "${output}")
 require_match(edit_some "ids that stay" "${ids}" "^$")

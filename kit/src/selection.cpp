@@ -168,6 +168,7 @@ std::vector<Recording> latest(std::vector<Recording> recordings, std::size_t cou
     indices.resize(std::min(count, indices.size()));
     std::sort(indices.begin(), indices.end());
     std::vector<Recording> kept;
+    kept.reserve(indices.size());
     for (const std::size_t index : indices) {
         kept.push_back(std::move(recordings[index]));
     }

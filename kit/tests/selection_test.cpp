@@ -10,7 +10,7 @@ using namespace lapwing;
 
 namespace {
 
-constexpr std::int64_t day = 24 * 60 * 60;
+constexpr std::int64_t day = 86400;
 
 Recording labelled(Recording made, const std::map<std::string, std::string>& labels) {
     made.labels = labels;
