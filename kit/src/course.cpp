@@ -15,7 +15,7 @@ namespace lapwing {
 namespace {
 
 constexpr std::size_t mostSeries = 6;
-constexpr std::size_t mostPoints = 50;
+constexpr std::size_t mostPoints = 40;
 constexpr double drawingHeight = 200;
 
 using Keys = std::vector<std::string>;
@@ -23,6 +23,7 @@ using Values = std::vector<std::optional<std::string>>;
 
 Values valuesOf(const Recording& recording, const Keys& keys) {
     Values values;
+    values.reserve(keys.size());
     for (const std::string& key : keys) {
         const auto found = recording.labels.find(key);
         values.push_back(found == recording.labels.end() ? std::nullopt
@@ -91,6 +92,7 @@ std::string nameOf(const Keys& keys, const Values& values) {
 // The combinations that get a series of their own: the most frequent ones, in their order.
 std::vector<Values> frequentOnes(const std::map<Values, std::size_t>& counts) {
     std::vector<Values> all;
+    all.reserve(counts.size());
     for (const auto& [values, count] : counts) {
         all.push_back(values);
     }
@@ -272,6 +274,7 @@ std::string drawCourse(const std::string& name, const RecordedParts& parts,
     const std::vector<RecordedParts> all = series.split(parts);
     const std::size_t perPoint = recordingsPerPoint(parts.size());
     std::vector<Course> courses;
+    courses.reserve(all.size());
     for (const RecordedParts& own : all) {
         courses.push_back(courseOf(own, perPoint));
     }

@@ -60,10 +60,11 @@ int decimalsOf(double step) {
 template <class Label>
 Ticks ticksOf(const Extent& values, double step, const Label& labelOf) {
     Ticks ticks;
-    const double last = std::floor(values.high / step + almost);
     const double first = std::ceil(values.low / step - almost) + 0.0;  // no negative zero
-    for (double i = first; i <= last; ++i) {
-        ticks.push_back({i * step, labelOf(i * step)});
+    const auto count = static_cast<int>(std::floor(values.high / step + almost) - first) + 1;
+    for (int i = 0; i < count; ++i) {
+        const double value = (first + i) * step;
+        ticks.push_back({value, labelOf(value)});
     }
     return ticks;
 }
@@ -107,7 +108,7 @@ Ticks withoutOverlaps(const Ticks& ticks, const Scale& scale) {
 
 Ticks ticksThatFit(const Axis& axis, const Scale& scale) {
     for (const int steps : {6, 4}) {
-        const Ticks ticks = axis.ticks(axis.values, steps);
+        Ticks ticks = axis.ticks(axis.values, steps);
         if (withoutOverlaps(ticks, scale).size() == ticks.size()) {
             return ticks;
         }

@@ -49,12 +49,15 @@ std::string describe(const std::vector<Recording>& recordings) {
         return markup;
     }
     std::vector<const Recording*> all;
+    all.reserve(recordings.size());
     for (const Recording& recording : recordings) {
         all.push_back(&recording);
     }
     markup += ", " + datesOf(all);
     for (const auto& [key, value] : commonLabels(recordings)) {
-        markup += ", " + nameToHtml(key + '=' + value);
+        std::string label = key;
+        label.append("=").append(value);
+        markup.append(", ").append(nameToHtml(label));
     }
     return markup;
 }

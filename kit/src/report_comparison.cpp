@@ -99,6 +99,7 @@ std::string summaryTable(const std::vector<Comparison>& rows) {
                                       {"median before"},
                                       {"median after"}};
     std::vector<Row> cells;
+    cells.reserve(rows.size());
     for (const Comparison& row : rows) {
         cells.push_back(rowOf(row, cells.size() + 1));
     }

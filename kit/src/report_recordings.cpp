@@ -61,6 +61,7 @@ std::string summaryTable(const std::vector<Shown>& all) {
                                       {"longest"},
                                       {"mean"}};
     std::vector<Row> rows;
+    rows.reserve(all.size());
     for (const Shown& shown : all) {
         rows.push_back(rowOf(shown, rows.size() + 1));
     }

@@ -136,6 +136,7 @@ std::string summaryTable(const std::vector<Shown>& all) {
                                       {"late p99"},
                                       {"late worst"}};
     std::vector<Row> rows;
+    rows.reserve(all.size());
     for (const Shown& shown : all) {
         rows.push_back(rowOf(shown, rows.size() + 1));
     }

@@ -23,7 +23,7 @@ inline const std::string strangeNames[] = {"<script>alert('x')</script>",
                                            "",
                                            std::string(300, 'W'),
                                            "a \"quoted\" & 'named' thing -->",
-                                           "\xE2\x80\xAE right to left",
+                                           std::string("\xE2\x80") + "\xAE right to left",
                                            "]]></style></title>"};
 
 // Mostly near `typical`, with a tail.
@@ -75,9 +75,12 @@ inline lapwing::ReplayedOperation replayed(std::int64_t target, std::int64_t wor
     std::mt19937 random(seed);
     lapwing::ReplayedOperation operation{Milliseconds(target), {}, {}};
     for (std::size_t i = 0; i < calls; ++i) {
-        const auto work =
-            workMicroseconds / 2 + static_cast<std::int64_t>(random()) % (workMicroseconds + 1);
-        const std::int64_t late = 20 + random() % 60 + (random() % 30 == 0 ? random() % 900 : 0);
+        const auto draw = [&](std::int64_t end) {
+            return static_cast<std::int64_t>(random()) % end;
+        };
+        const std::int64_t work = workMicroseconds / 2 + draw(workMicroseconds + 1);
+        std::int64_t late = 20 + draw(60);
+        late += i % 30 == 0 ? draw(900) : 0;
         operation.steps.push_back(step(target, work, late));
     }
     return operation;

@@ -93,7 +93,7 @@ TEST(Pages, ShowAnyBytesAsTextAndLoadNothing) {
         EXPECT_EQ(faultOf(page), "");
         expectParts(
             page, {"<title>&lt;script&gt;alert(&#39;x&#39;)&lt;/script&gt;</title>",
-                   "<bdi>a\\n\\tb\\x1b[31m\\x85</bdi>", "<bdi>hex:fffe686578</bdi>",
+                   R"(<bdi>a\n\tb\x1b[31m\x85</bdi>)", "<bdi>hex:fffe686578</bdi>",
                    "<bdi>(empty name)</bdi>",
                    "<bdi title=\"" + strangeNames[4] + "\">" + std::string(100, 'W') + "...</bdi>",
                    "a &quot;quoted&quot; &amp; &#39;named&#39; thing --&gt;",
@@ -125,9 +125,9 @@ TEST(Pages, ShowWhatMattersFirst) {
                        "new</bdi> <span class=\"badge plain\">only after<",
                        "faster</bdi> <span class=\"badge good\">faster<",
                        "same</bdi> <span class=\"badge plain\">same<",
-                       "<p>Slower by 15 ms, at 99% within +15 ms to +15 ms. Changes within +-"
-                       "1 ms count as none.</p>",
-                       "Faster by 20 ms", "Only the recordings after have it."});
+                       "Slower by 15 ms, at 99% within +15 ms to +15 ms. ",
+                       "Changes within +-1 ms count as none.</p>", "Faster by 20 ms",
+                       "Only the recordings after have it."});
     const ReplayReport report{{{"late", {5ms, "", {step(5, 1, 900)}}},
                                {"never", {5ms, "", {}}},
                                {"over", {5ms, "", {step(5, 6000, 1), step(5, 7000, 1)}}},
