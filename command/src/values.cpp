@@ -92,19 +92,20 @@ std::string Tokens::hide(std::string value) {
     return tokenStart + std::to_string(values.size() - 1) + tokenEnd;
 }
 
+// What only looks like a token stays as it is.
 std::string Tokens::reveal(std::string_view text) const {
     std::string revealed;
-    while (!text.empty()) {
-        const std::size_t start = text.find(tokenStart);
-        revealed += text.substr(0, start);
-        if (start == std::string_view::npos) {
-            break;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        std::size_t index = values.size();
+        const char* const end = text.data() + text.size();
+        const auto number = text[i] == tokenStart ? std::from_chars(text.data() + i + 1, end, index)
+                                                  : std::from_chars_result{};
+        if (index < values.size() && number.ptr != end && *number.ptr == tokenEnd) {
+            revealed += values[index];
+            i = static_cast<std::size_t>(number.ptr - text.data());
+        } else {
+            revealed += text[i];
         }
-        const std::size_t end = text.find(tokenEnd, start);
-        std::size_t index = 0;
-        std::from_chars(text.data() + start + 1, text.data() + end, index);
-        revealed += values.at(index);
-        text.remove_prefix(end + 1);
     }
     return revealed;
 }
