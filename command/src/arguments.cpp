@@ -390,7 +390,7 @@ bool parse(CLI::App& app, const Values& arguments, Request& request) {
             print(help.str());
             return true;
         }
-        throw Failure(lapwing::onOneLine(request.tokens.reveal(error.what())));
+        throw Failure(request.tokens.reveal(error.what()));
     }
 }
 

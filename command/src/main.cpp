@@ -3,12 +3,14 @@
 #include "places.h"
 #include "process.h"
 #include "text_table.h"
+#include "utf8.h"
 
 #include <cstdio>
 #include <exception>
 #include <iostream>
 #include <new>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #ifdef _WIN32
@@ -21,8 +23,25 @@ namespace {
 
 constexpr int failed = 2;
 
+// Names of files stand in reasons as they are, in any encoding.
+std::string printable(std::string_view reason) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string line;
+    while (!reason.empty()) {
+        const std::size_t length = lapwing::utf8Prefix(reason);
+        line += lapwing::onOneLine(reason.substr(0, length));
+        reason.remove_prefix(length);
+        if (!reason.empty()) {
+            const auto byte = static_cast<unsigned char>(reason.front());
+            line += {'\\', 'x', digits[byte / 16U], digits[byte % 16U]};
+            reason.remove_prefix(1);
+        }
+    }
+    return line;
+}
+
 int fail(const std::string& reason, int exitCode = failed) {
-    std::cerr << "lapwing: " + lapwing::onOneLine(reason) + '\n';
+    std::cerr << "lapwing: " + printable(reason) + '\n';
     return exitCode;
 }
 

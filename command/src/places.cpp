@@ -115,12 +115,12 @@ void append(const std::string& place, const Recording& recording) {
 
 void requireAppendable(const std::string& place) {
     const fs::path path = pathOf(place);
-    if (exists(place)) {
-        static_cast<void>(lapwing::loadRecordings(path));
-    }
     std::error_code error;
     const fs::path probe = fs::is_directory(path, error) ? path / "lapwing-probe.json" : path;
     const lapwing::FileReplacement replacement(probe);
+    if (exists(place)) {
+        static_cast<void>(lapwing::loadRecordings(path));
+    }
 }
 
 void print(std::string_view text) {
