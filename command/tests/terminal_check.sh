@@ -55,7 +55,7 @@ command -v script >/dev/null || exit $failures
 
 # A carriage return begins each line of progress, and the last one is blank.
 shown=$(script -qec "'$lapwing' record -n 3 --into x.json -- true" /dev/null | tr '\r' '\n')
-require "progress" "$(echo "$shown" | sed 's/[0-9]* ms, [0-9]* s/N/' | grep run | tr '\n' ';')" \
+require "progress" "$(echo "$shown" | sed 's/[0-9]* ms, [0-9]* s/N/; s/ *$//' | grep run | tr '\n' ';')" \
     "run 1 of 3;run 2 of 3, last N left;run 3 of 3, last N left;"
 require "progress is erased" "$(echo "$shown" | tail -n 2 | tr -d ' \n')" ""
 script -qec "'$lapwing' record --into x.json -- sh -c 'test -t 0 && test -t 1 && test -t 2'" x.txt
