@@ -175,6 +175,10 @@ void addRecord(CLI::App& app, Request& request, RecordOptions& values) {
     addLabels(options, values.labels);
     options.one("--into", "PLACE", "Where to add the recording", to(values.into))->required();
     auto* const run =
+void describeProgram(Options& options) {
+    options.parser().footer("The command to run stands behind --, with its arguments.");
+}
+
         options.many("--run", "NAME=COMMANDLINE", "Run this in a shell, in turn with the others",
                      toLines(values.lines));
     run->excludes(name);
@@ -184,6 +188,7 @@ void addRecord(CLI::App& app, Request& request, RecordOptions& values) {
             requireProgram(request);
         } else if (request.hasProgram) {
             throw Failure("either --run or a command behind --, not both");
+    describeProgram(options);
         }
         return record(values);
     });
@@ -214,6 +219,7 @@ void addReplay(CLI::App& app, Request& request, ReplayOptions& values) {
     options.flag("--report", "Print a table on standard error", values.report);
     options.one("--page", "PAGE.html", "Write a page to look at", to(values.page));
     options.onFinish([&] {
+    describeProgram(options);
         requireProgram(request);
         values.program = request.program;
         return replay(values);
