@@ -5,6 +5,7 @@
 #include "text_table.h"
 #include "values.h"
 
+#include <lapwing/kit/recording_file.h>
 #include <lapwing/version.h>
 
 #include <algorithm>
@@ -103,15 +104,36 @@ Options::Take to(std::string& target) {
     return [&target](const std::string& /*option*/, const std::string& value) { target = value; };
 }
 
+Options::Take toFile(std::string& target) {
+    return [&target](const std::string& option, const std::string& value) {
+        if (value.empty()) {
+            throw Failure(option + ": the name of a file is missing");
+        }
+        target = value;
+    };
+}
+
+// Files of recordings hold no longer text.
+std::string bytesIn(const std::string& option, const std::string& value) {
+    std::string bytes;
+    inOption(option, [&] { bytes = bytesOf(value); });
+    const std::size_t most = lapwing::RecordingLimits{}.bytesPerText;
+    if (bytes.size() > most) {
+        throw Failure(option + ": a name or label has more than " + std::to_string(most) +
+                      " bytes");
+    }
+    return bytes;
+}
+
 Options::Take toNames(Values& target) {
-    return [&target](const std::string& /*option*/, const std::string& value) {
-        target.push_back(bytesOf(value));
+    return [&target](const std::string& option, const std::string& value) {
+        target.push_back(bytesIn(option, value));
     };
 }
 
 Options::Take toName(std::optional<std::string>& target) {
-    return [&target](const std::string& /*option*/, const std::string& value) {
-        target = bytesOf(value);
+    return [&target](const std::string& option, const std::string& value) {
+        target = bytesIn(option, value);
     };
 }
 
@@ -124,14 +146,14 @@ Options::Take to(std::int64_t& target, std::int64_t least, std::int64_t most) {
 Options::Take to(Labels& target) {
     return [&target](const std::string& option, const std::string& value) {
         const auto [key, text] = pairOf(option, value);
-        target[bytesOf(key)] = bytesOf(text);
+        target[bytesIn(option, key)] = bytesIn(option, text);
     };
 }
 
 Options::Take to(Renames& target) {
     return [&target](const std::string& option, const std::string& value) {
         const auto [from, into] = pairOf(option, value);
-        target.emplace_back(bytesOf(from), bytesOf(into));
+        target.emplace_back(bytesIn(option, from), bytesIn(option, into));
     };
 }
 
@@ -139,7 +161,7 @@ Options::Take to(Renames& target) {
 Options::Take toLines(Renames& target) {
     return [&target](const std::string& option, const std::string& value) {
         auto [name, line] = pairOf(option, value);
-        target.emplace_back(bytesOf(name), std::move(line));
+        target.emplace_back(bytesIn(option, name), std::move(line));
     };
 }
 
@@ -153,6 +175,10 @@ void addLabels(Options& options, Labels& labels) {
     options.many("--label", "KEY=VALUE", "Give the recording a label", to(labels));
 }
 
+void describeProgram(Options& options) {
+    options.parser().footer("The command to run stands behind --, with its arguments.");
+}
+
 void requireProgram(const Request& request) {
     if (request.program.empty()) {
         throw Failure("no command to run: put it behind --");
@@ -162,6 +188,7 @@ void requireProgram(const Request& request) {
 void addRecord(CLI::App& app, Request& request, RecordOptions& values) {
     static const char* const purpose = "Run a command, and record how long it takes";
     auto& options = request.commands.emplace_back(app, request, "record", purpose);
+    describeProgram(options);
     options.one("-n", "RUNS", "How often to run it (1)", to(values.runs, 1, mostTimes));
     options.one("--recordings", "N", "Make so many recordings (1)",
                 to(values.recordings, 1, mostTimes));
@@ -173,12 +200,8 @@ void addRecord(CLI::App& app, Request& request, RecordOptions& values) {
     auto* const name = options.one("--name", "NAME", "The operation (the program's file name)",
                                    toName(values.name));
     addLabels(options, values.labels);
-    options.one("--into", "PLACE", "Where to add the recording", to(values.into))->required();
+    options.one("--into", "PLACE", "Where to add the recording", toFile(values.into))->required();
     auto* const run =
-void describeProgram(Options& options) {
-    options.parser().footer("The command to run stands behind --, with its arguments.");
-}
-
         options.many("--run", "NAME=COMMANDLINE", "Run this in a shell, in turn with the others",
                      toLines(values.lines));
     run->excludes(name);
@@ -188,7 +211,6 @@ void describeProgram(Options& options) {
             requireProgram(request);
         } else if (request.hasProgram) {
             throw Failure("either --run or a command behind --, not both");
-    describeProgram(options);
         }
         return record(values);
     });
@@ -197,6 +219,7 @@ void describeProgram(Options& options) {
 void addReplay(CLI::App& app, Request& request, ReplayOptions& values) {
     static const char* const purpose = "Run a command, and make it last as long as recorded";
     auto& options = request.commands.emplace_back(app, request, "replay", purpose);
+    describeProgram(options);
     options.place("PLACE", Options::placeHelp, values.place)->required();
     options.one("-n", "RUNS", "How often to run it (1)", to(values.runs, 1, mostTimes));
     options.one("--name", "NAME", "The operation, if there are several", toName(values.name));
@@ -217,9 +240,8 @@ void addReplay(CLI::App& app, Request& request, ReplayOptions& values) {
                     values.cap = wholeNumber(option, value, 0, mostMilliseconds);
                 });
     options.flag("--report", "Print a table on standard error", values.report);
-    options.one("--page", "PAGE.html", "Write a page to look at", to(values.page));
+    options.one("--page", "PAGE.html", "Write a page to look at", toFile(values.page));
     options.onFinish([&] {
-    describeProgram(options);
         requireProgram(request);
         values.program = request.program;
         return replay(values);
@@ -272,7 +294,7 @@ void addCompare(CLI::App& app, Request& request, CompareOptions& values) {
 void addMerge(CLI::App& app, Request& request, MergeOptions& values) {
     static const char* const purpose = "Put recordings into one file";
     auto& options = request.commands.emplace_back(app, request, "merge", purpose);
-    options.one("-o", "FILE", "The file to write, or - for standard output", to(values.output))
+    options.one("-o", "FILE", "The file to write, or - for standard output", toFile(values.output))
         ->required();
     options.places(values.places);
     options.onFinish([&] { return merge(values); });
@@ -282,7 +304,7 @@ void addEdit(CLI::App& app, Request& request, EditOptions& values) {
     static const char* const purpose = "Write a changed copy of recordings";
     auto& options = request.commands.emplace_back(app, request, "edit", purpose);
     options.place("PLACE", Options::placeHelp, values.place)->required();
-    options.one("-o", "FILE", "The file to write, or - for standard output", to(values.output))
+    options.one("-o", "FILE", "The file to write, or - for standard output", toFile(values.output))
         ->required();
     options.one("--scale", "F", "Multiply each sample by this", to(values.scale));
     options.one("--trim", "LOW..HIGH", "Keep the samples between two percentiles",
@@ -302,14 +324,15 @@ void addEdit(CLI::App& app, Request& request, EditOptions& values) {
 void addImport(CLI::App& app, Request& request, ImportOptions& values) {
     static const char* const purpose = "Make a recording of what other programs have written";
     auto& options = request.commands.emplace_back(app, request, "import", purpose);
-    options.one("--into", "PLACE", "Where to add the recording", to(values.into))->required();
+    options.one("--into", "PLACE", "Where to add the recording", toFile(values.into))->required();
     auto* const log =
-        options.one("--log", "FILE", "A log with lines of Instrumentation", to(values.log));
+        options.one("--log", "FILE", "A log with lines of Instrumentation", toFile(values.log));
     options.one("--prefix", "REGEX", "What stands before a name in the log", to(values.prefix))
         ->needs(log);
-    auto* const runs =
-        options.one("--hyperfine", "FILE", "The JSON that hyperfine exports", to(values.hyperfine));
-    auto* const csv = options.one("--csv", "FILE", "Lines of name,milliseconds", to(values.csv));
+    auto* const runs = options.one("--hyperfine", "FILE", "The JSON that hyperfine exports",
+                                   toFile(values.hyperfine));
+    auto* const csv =
+        options.one("--csv", "FILE", "Lines of name,milliseconds", toFile(values.csv));
     log->excludes(runs)->excludes(csv);
     runs->excludes(csv);
     addLabels(options, values.labels);
@@ -326,9 +349,10 @@ void addReport(CLI::App& app, Request& request, ReportOptions& values) {
     auto& options = request.commands.emplace_back(app, request, "report", purpose);
     options.places(values.places);
     options
-        .one("-o", "PAGE.html", "The page to write, or - for standard output", to(values.output))
+        .one("-o", "PAGE.html", "The page to write, or - for standard output",
+             toFile(values.output))
         ->required();
-    options.one("--before", "PLACE", "Compare with this", to(values.before));
+    options.one("--before", "PLACE", "Compare with this", toFile(values.before));
     options.onFinish([&] { return report(values); });
 }
 
@@ -343,11 +367,22 @@ const CLI::App* findCommand(const CLI::App& app, const std::string& name) {
     return found.empty() ? nullptr : found.front();
 }
 
-bool takesValue(const CLI::App& app, const std::string& command, const std::string& option) {
+// Null if there is no such option.
+const CLI::Option* findOption(const CLI::App& app, const std::string& command,
+                              const std::string& option) {
     const CLI::App* const parser = findCommand(app, command);
-    const CLI::Option* const known =
-        parser == nullptr ? nullptr : parser->get_option_no_throw(option);
+    return parser == nullptr ? nullptr : parser->get_option_no_throw(option);
+}
+
+bool takesValue(const CLI::Option* known) {
     return known != nullptr && known->get_items_expected_max() > 0;
+}
+
+// Of an option with its value in one argument.
+void requireTakesValue(const CLI::Option* known, const std::string& option) {
+    if (option == "--" || (known != nullptr && !takesValue(known))) {
+        throw Failure(option + " takes no value");
+    }
 }
 
 // Returns the arguments with tokens in the place of values, as `app` is to see them. The first
@@ -360,12 +395,15 @@ Values hideValues(const CLI::App& app, const Values& arguments, Tokens& tokens) 
         if (!isOption(*argument)) {
             hidden.push_back(isCommand ? *argument : tokens.hide(*argument));
         } else if (nameEnd < argument->size()) {
-            const bool isLong = (*argument)[nameEnd] == '=' && nameEnd != 2;
-            hidden.push_back(argument->substr(0, nameEnd));
+            const bool isLong = argument->compare(0, 2, "--") == 0;
+            const std::string option = argument->substr(0, nameEnd);
+            requireTakesValue(findOption(app, arguments.front(), option), option);
+            hidden.push_back(option);
             hidden.push_back(tokens.hide(argument->substr(nameEnd + (isLong ? 1 : 0))));
         } else {
             hidden.push_back(*argument);
-            if (takesValue(app, arguments.front(), *argument) && argument + 1 != arguments.end()) {
+            const CLI::Option* const known = findOption(app, arguments.front(), *argument);
+            if (takesValue(known) && argument + 1 != arguments.end()) {
                 hidden.push_back(tokens.hide(*++argument));
             }
         }
