@@ -37,6 +37,14 @@ void checkWritten(const std::ios& stream, const std::string& name) {
     }
 }
 
+// More can be written than a file may hold to be read.
+void requireLoadable(std::size_t recordings, const std::string& file) {
+    const std::size_t most = lapwing::RecordingLimits{}.recordings;
+    if (recordings > most) {
+        throw Failure(file + ": would have more than " + std::to_string(most) + " recordings");
+    }
+}
+
 }  // namespace
 
 fs::path pathOf(const std::string& argument) {
@@ -91,6 +99,7 @@ void readFile(const std::string& file, const std::function<void(std::istream&)>&
 }
 
 void save(const std::string& file, const std::vector<Recording>& recordings) {
+    requireLoadable(recordings.size(), file);
     if (file == standardStream) {
         lapwing::writeRecordings(std::cout, recordings);
         checkWritten(std::cout.flush(), "standard output");
@@ -113,14 +122,16 @@ void append(const std::string& place, const Recording& recording) {
     lapwing::appendRecording(pathOf(place), recording);
 }
 
-void requireAppendable(const std::string& place) {
+void requireAppendable(const std::string& place, std::size_t recordings) {
     const fs::path path = pathOf(place);
     std::error_code error;
-    const fs::path probe = fs::is_directory(path, error) ? path / "lapwing-probe.json" : path;
+    const bool isFolder = fs::is_directory(path, error);
+    const fs::path probe = isFolder ? path / "lapwing-probe.json" : path;
     const lapwing::FileReplacement replacement(probe);
     if (exists(place)) {
-        static_cast<void>(lapwing::loadRecordings(path));
+        recordings += lapwing::loadRecordings(path).size();
     }
+    requireLoadable(recordings, place);
 }
 
 void print(std::string_view text) {

@@ -7,6 +7,7 @@
 
 #include <lapwing/kit/recording.h>
 
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <iosfwd>
@@ -58,8 +59,8 @@ void save(const std::string& file, std::string_view text);
 // Adds a recording to a file or a folder.
 void append(const std::string& place, const lapwing::Recording& recording);
 
-// Throws unless append() could add to the place: it can be loaded and written.
-void requireAppendable(const std::string& place);
+// Throws unless append() could add so many to the place: it can be loaded and written, then, too.
+void requireAppendable(const std::string& place, std::size_t recordings);
 
 // Writes to standard output, byte for byte.
 void print(std::string_view text);

@@ -179,7 +179,7 @@ void Recorder::recordOne() {
 }  // namespace
 
 int record(const RecordOptions& options) {
-    requireAppendable(options.into);
+    requireAppendable(options.into, static_cast<std::size_t>(options.recordings));
     const Interruption interruption;
     Recorder recorder(options);
     recorder.warmUp();

@@ -82,6 +82,9 @@ foreach(place IN ITEMS input no/folder.json)
     check(place_${place} EXIT 2 ERROR "lapwing: [^\n]+\n" ARGUMENTS ${record} ${place} ${never})
 endforeach()
 
+check(place_too_small EXIT 2 ERROR "lapwing: never.json: would have more than 10000 recordings\n"
+    ARGUMENTS ${record} never.json --recordings 10001 ${never})
+
 check(lines EXIT 0 ARGUMENTS ${record} lines.json -n 24
     "--run=a=${HELPER} append order a" "--run=b=${HELPER} append order b")
 check_place(lines.json 1 a 24 b 24)
