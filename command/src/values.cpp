@@ -95,16 +95,16 @@ std::string Tokens::hide(std::string value) {
 // What only looks like a token stays as it is.
 std::string Tokens::reveal(std::string_view text) const {
     std::string revealed;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        std::size_t index = values.size();
-        const char* const end = text.data() + text.size();
-        const auto number = text[i] == tokenStart ? std::from_chars(text.data() + i + 1, end, index)
-                                                  : std::from_chars_result{};
-        if (index < values.size() && number.ptr != end && *number.ptr == tokenEnd) {
+    while (!text.empty()) {
+        const std::size_t end = text.front() == tokenStart ? text.find(tokenEnd) : text.npos;
+        std::size_t index = 0;
+        if (end != text.npos && parseWhole(std::string(text.substr(1, end - 1)), index) &&
+            index < values.size()) {
             revealed += values[index];
-            i = static_cast<std::size_t>(number.ptr - text.data());
+            text.remove_prefix(end + 1);
         } else {
-            revealed += text[i];
+            revealed += text.front();
+            text.remove_prefix(1);
         }
     }
     return revealed;
