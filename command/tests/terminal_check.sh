@@ -38,7 +38,7 @@ mkfifo pipe
 message=$("$lapwing" record --into pipe -- echo run 2>&1)
 require "pipe" "$? $message" "2 lapwing: pipe: not a regular file"
 message=$("$lapwing" show "$(printf 'a\377b')" 2>&1)
-require "no UTF-8" "$message" 'lapwing: a\xffb: No such file or directory'
+require "no UTF-8" "$message" 'lapwing: hex:61ff62: No such file or directory'
 
 message=$("$lapwing" record --into killed.json -- sh -c 'kill -KILL $$' 2>&1)
 require "killed" "$? $message" "137 lapwing: run 1 of 1 of sh was ended by signal 9"
