@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iostream>
 
 namespace command {
 namespace {
@@ -208,6 +209,10 @@ int exitCodeOf(const Comparisons& rows, bool isStrict) {
     return isStrict && isUnsure ? 3 : 0;
 }
 
+bool isCompared(const Comparison& row) {
+    return row.verdict != Verdict::OnlyBefore && row.verdict != Verdict::OnlyAfter;
+}
+
 }  // namespace
 
 int compare(const CompareOptions& options) {
@@ -218,6 +223,9 @@ int compare(const CompareOptions& options) {
         printJson(rows);
     } else {
         printTable(rows);
+    }
+    if (std::none_of(rows.begin(), rows.end(), isCompared)) {
+        std::cerr << "lapwing: nothing was compared: no operation is on both sides\n";
     }
     return exitCodeOf(rows, options.strict);
 }

@@ -45,6 +45,12 @@ void requireLoadable(std::size_t recordings, const std::string& file) {
     }
 }
 
+void requireNoStream(const std::string& place) {
+    if (place == standardStream) {
+        throw Failure("--into needs a file or a folder, not -");
+    }
+}
+
 }  // namespace
 
 fs::path pathOf(const std::string& argument) {
@@ -119,10 +125,12 @@ void save(const std::string& file, std::string_view text) {
 }
 
 void append(const std::string& place, const Recording& recording) {
+    requireNoStream(place);
     lapwing::appendRecording(pathOf(place), recording);
 }
 
 void requireAppendable(const std::string& place, std::size_t recordings) {
+    requireNoStream(place);
     const fs::path path = pathOf(place);
     std::error_code error;
     const bool isFolder = fs::is_directory(path, error);
