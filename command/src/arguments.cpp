@@ -2,6 +2,7 @@
 
 #include "commands.h"
 #include "places.h"
+#include "store_url.h"
 #include "text_table.h"
 #include "values.h"
 
@@ -69,13 +70,12 @@ public:
         return command.add_option_function<std::string>(name, takeOne, help)->type_name("");
     }
 
-    void places(Places& values) {
+    CLI::Option* places(Places& values) {
         const auto take = [&values](const std::string& /*name*/, const std::string& value) {
             values.push_back(value);
         };
-        command.add_option_function<Values>("PLACE", takeAll("PLACE", take), placeHelp)
-            ->type_name("")
-            ->required();
+        return command.add_option_function<Values>("PLACE", takeAll("PLACE", take), placeHelp)
+            ->type_name("");
     }
 
     void onFinish(std::function<int()> run) {
@@ -85,7 +85,8 @@ public:
     [[nodiscard]] const Request& whole() const { return request; }
     CLI::App& parser() { return command; }
 
-    static constexpr const char* placeHelp = "A file or a folder of recordings";
+    static constexpr const char* placeHelp =
+        "A file or a folder of recordings, or postgresql://SERVER/DATABASE";
 
 private:
     std::function<void(const Values&)> takeAll(const std::string& option, const Take& take) {
@@ -264,7 +265,7 @@ void addFormats(Options& options, Format& format, bool hasCsv) {
 void addShow(CLI::App& app, Request& request, ShowOptions& values) {
     static const char* const purpose = "Show what was recorded";
     auto& options = request.commands.emplace_back(app, request, "show", purpose);
-    options.places(values.places);
+    options.places(values.places)->required();
     addFormats(options, values.format, true);
     options.onFinish([&] { return show(values); });
 }
@@ -296,7 +297,7 @@ void addMerge(CLI::App& app, Request& request, MergeOptions& values) {
     auto& options = request.commands.emplace_back(app, request, "merge", purpose);
     options.one("-o", "FILE", "The file to write, or - for standard output", toFile(values.output))
         ->required();
-    options.places(values.places);
+    options.places(values.places)->required();
     options.onFinish([&] { return merge(values); });
 }
 
@@ -347,13 +348,35 @@ void addImport(CLI::App& app, Request& request, ImportOptions& values) {
 void addReport(CLI::App& app, Request& request, ReportOptions& values) {
     static const char* const purpose = "Write a page to look at";
     auto& options = request.commands.emplace_back(app, request, "report", purpose);
-    options.places(values.places);
+    options.places(values.places)->required();
     options
         .one("-o", "PAGE.html", "The page to write, or - for standard output",
              toFile(values.output))
         ->required();
     options.one("--before", "PLACE", "Compare with this", toFile(values.before));
     options.onFinish([&] { return report(values); });
+}
+
+void addPush(CLI::App& app, Request& request, PushOptions& values) {
+    static const char* const purpose = "Add recordings to a database";
+    auto& options = request.commands.emplace_back(app, request, "push", purpose);
+    options.place("URL", "The database, such as postgresql://SERVER/DATABASE", values.url);
+    options.places(values.places);
+    options.flag("--create", "Make the tables if they are missing", values.create);
+    options.flag("--print-schema", "Print the SQL that makes the tables", values.printSchema);
+    options.onFinish([&] { return push(values); });
+}
+
+void addPull(CLI::App& app, Request& request, PullOptions& values) {
+    static const char* const purpose = "Write recordings of a database into a file";
+    auto& options = request.commands.emplace_back(app, request, "pull", purpose);
+    options
+        .place("URL", "The database and a filter, such as postgresql://SERVER/DATABASE?last=9",
+               values.url)
+        ->required();
+    options.one("-o", "FILE", "The file to write, or - for standard output", to(values.output))
+        ->required();
+    options.onFinish([&] { return pull(values); });
 }
 
 // Standard input may have a filter.
@@ -414,7 +437,7 @@ Values hideValues(const CLI::App& app, const Values& arguments, Tokens& tokens) 
 void requireCommand(const CLI::App& app, const Values& arguments) {
     const bool isNamed = !arguments.empty() && !isOption(arguments.front());
     if (isNamed && findCommand(app, arguments.front()) == nullptr) {
-        throw Failure("no command \"" + lapwing::onOneLine(arguments.front()) +
+        throw Failure("no command \"" + lapwing::onOneLine(shownArgument(arguments.front())) +
                       "\"; see lapwing --help");
     }
 }
@@ -434,7 +457,7 @@ bool parse(CLI::App& app, const Values& arguments, Request& request) {
             print(help.str());
             return true;
         }
-        throw Failure(request.tokens.reveal(error.what()));
+        throw Failure(request.tokens.reveal(error.what(), shownArgument));
     }
 }
 
@@ -458,6 +481,8 @@ int runArguments(const std::vector<std::string>& arguments) {
     EditOptions editing;
     ImportOptions importing;
     ReportOptions reporting;
+    PushOptions pushing;
+    PullOptions pulling;
     addRecord(app, request, recording);
     addReplay(app, request, replaying);
     addShow(app, request, showing);
@@ -466,6 +491,8 @@ int runArguments(const std::vector<std::string>& arguments) {
     addEdit(app, request, editing);
     addImport(app, request, importing);
     addReport(app, request, reporting);
+    addPush(app, request, pushing);
+    addPull(app, request, pulling);
     if (parse(app, Values(arguments.begin(), separator), request)) {
         return 0;
     }

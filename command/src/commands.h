@@ -93,6 +93,18 @@ struct ReportOptions {
     std::string before;  // a place, or empty
 };
 
+struct PushOptions {
+    std::string url;
+    Places places;
+    bool create = false;
+    bool printSchema = false;
+};
+
+struct PullOptions {
+    std::string url;
+    std::string output;
+};
+
 // Each returns the exit code, and throws what keeps it from its work: that ends with exit code 2.
 int record(const RecordOptions& options);
 int replay(const ReplayOptions& options);
@@ -102,6 +114,8 @@ int merge(const MergeOptions& options);
 int edit(const EditOptions& options);
 int importSamples(const ImportOptions& options);
 int report(const ReportOptions& options);
+int push(const PushOptions& options);
+int pull(const PullOptions& options);
 
 }  // namespace command
 

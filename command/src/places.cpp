@@ -1,5 +1,8 @@
 #include "places.h"
 
+#include "store.h"
+#include "store_url.h"
+
 #include <lapwing/kit/file_text.h>
 #include <lapwing/kit/recording_file.h>
 #include <lapwing/kit/selection.h>
@@ -9,6 +12,7 @@
 
 #include <fstream>
 #include <iostream>
+#include <sstream>
 #include <system_error>
 
 namespace fs = std::filesystem;
@@ -29,6 +33,13 @@ std::vector<Recording> loadAll(const std::string& place) {
 bool exists(const std::string& place) {
     std::error_code error;
     return fs::exists(pathOf(place), error);
+}
+
+// Returns what a file of the recording would hold, which keeps to the limits of files.
+std::vector<Recording> loadable(const Recording& recording) {
+    std::stringstream file;
+    lapwing::writeRecordings(file, {recording});
+    return lapwing::readRecordings(file, "the new recording");
 }
 
 void checkWritten(const std::ios& stream, const std::string& name) {
@@ -54,6 +65,9 @@ void requireNoStream(const std::string& place) {
 }  // namespace
 
 fs::path pathOf(const std::string& argument) {
+    if (isStoreUrl(argument)) {
+        throw Failure(shownArgument(argument) + ": not a file");
+    }
 #ifdef _WIN32
     return fs::u8path(argument);
 #else
@@ -67,6 +81,9 @@ std::string bytesOf(const std::string& argument) {
 }
 
 std::vector<Recording> load(const std::string& place) {
+    if (isStoreUrl(place)) {
+        return pullRecordings(place);
+    }
     const std::size_t filter = place.rfind('?');
     if (filter == std::string::npos || exists(place)) {
         return loadAll(place);
@@ -83,8 +100,11 @@ std::vector<Recording> load(const Places& places) {
     return all;
 }
 
-std::string nameOf(const std::string& file) {
-    return file == standardStream ? standardInput : lapwing::displayName(pathOf(file));
+std::string nameOf(const std::string& place) {
+    if (isStoreUrl(place)) {
+        return shownArgument(place);
+    }
+    return place == standardStream ? standardInput : lapwing::displayName(pathOf(place));
 }
 
 void readFile(const std::string& file, const std::function<void(std::istream&)>& read) {
@@ -126,11 +146,19 @@ void save(const std::string& file, std::string_view text) {
 
 void append(const std::string& place, const Recording& recording) {
     requireNoStream(place);
-    lapwing::appendRecording(pathOf(place), recording);
+    if (isStoreUrl(place)) {
+        pushRecordings(place, loadable(recording), Tables::Required);
+    } else {
+        lapwing::appendRecording(pathOf(place), recording);
+    }
 }
 
 void requireAppendable(const std::string& place, std::size_t recordings) {
     requireNoStream(place);
+    if (isStoreUrl(place)) {
+        requirePushable(place);
+        return;
+    }
     const fs::path path = pathOf(place);
     std::error_code error;
     const bool isFolder = fs::is_directory(path, error);

@@ -1,4 +1,5 @@
-// Where recordings come from and go to, and texts that commands write.
+// Where recordings come from and go to, and texts that commands write. A place is a file, a folder
+// or the URL of a database.
 
 #ifndef LAPWING_COMMAND_PLACES_H
 #define LAPWING_COMMAND_PLACES_H
@@ -33,21 +34,21 @@ private:
     int code;
 };
 
-// The file that an argument names.
+// The file that an argument names. Throws Failure for a URL.
 std::filesystem::path pathOf(const std::string& argument);
 
 // The bytes that a name or a label stands for: after "hex:" as in files, else the argument's own.
 std::string bytesOf(const std::string& argument);
 
-// Returns the recordings of a file, a folder or, for "-", of standard input. A filter may follow
-// behind "?", unless there is a file of that whole name.
+// Returns the recordings of a place or, for "-", of standard input. A filter may follow behind "?",
+// unless there is a file of that whole name.
 std::vector<lapwing::Recording> load(const std::string& place);
 
 // Those of all places, combined as lapwing::merged() does.
 std::vector<lapwing::Recording> load(const Places& places);
 
-// The file's name in messages.
-std::string nameOf(const std::string& file);
+// A place's name in messages.
+std::string nameOf(const std::string& place);
 
 // Calls `read` with the file, or with standard input for "-".
 void readFile(const std::string& file, const std::function<void(std::istream&)>& read);
@@ -56,7 +57,7 @@ void readFile(const std::string& file, const std::function<void(std::istream&)>&
 void save(const std::string& file, const std::vector<lapwing::Recording>& recordings);
 void save(const std::string& file, std::string_view text);
 
-// Adds a recording to a file or a folder.
+// Adds a recording to a place.
 void append(const std::string& place, const lapwing::Recording& recording);
 
 // Throws unless append() could add so many to the place: it can be loaded and written, then, too.

@@ -1,5 +1,7 @@
 #include "values.h"
 
+#include "store_url.h"
+
 #include "setting_text.h"
 #include "text_table.h"
 
@@ -14,7 +16,8 @@ constexpr char tokenEnd = '\x02';
 
 [[noreturn]] void refuse(std::string_view option, const std::string& text,
                          const std::string& wanted) {
-    throw Failure(std::string(option) + ": \"" + lapwing::onOneLine(text) + "\" is not " + wanted);
+    throw Failure(std::string(option) + ": \"" + lapwing::onOneLine(shownArgument(text)) +
+                  "\" is not " + wanted);
 }
 
 template <class Number>
@@ -93,14 +96,14 @@ std::string Tokens::hide(std::string value) {
 }
 
 // What only looks like a token stays as it is.
-std::string Tokens::reveal(std::string_view text) const {
+std::string Tokens::reveal(std::string_view text, const Show& show) const {
     std::string revealed;
     while (!text.empty()) {
         const std::size_t end = text.front() == tokenStart ? text.find(tokenEnd) : text.npos;
         std::size_t index = 0;
         if (end != text.npos && parseWhole(std::string(text.substr(1, end - 1)), index) &&
             index < values.size()) {
-            revealed += values[index];
+            revealed += show ? show(values[index]) : values[index];
             text.remove_prefix(end + 1);
         } else {
             revealed += text.front();

@@ -7,6 +7,7 @@
 #include "places.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -45,8 +46,9 @@ void inOption(const std::string& option, const Call& call) {
 class Tokens {
 public:
     std::string hide(std::string value);
-    // Puts the values back into a text with tokens.
-    [[nodiscard]] std::string reveal(std::string_view text) const;
+    // Puts the values back into a text with tokens, as `show` has them.
+    using Show = std::function<std::string(const std::string& value)>;
+    [[nodiscard]] std::string reveal(std::string_view text, const Show& show = {}) const;
 
 private:
     std::vector<std::string> values;
