@@ -424,6 +424,7 @@ Recordings pullRecordings(const std::string& place) {
     connection.run("BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY");
     requireSchema(connection);
     Recordings recordings = Puller(connection).pull(headsQuery(selection), selection.names);
+    connection.run("COMMIT");
     std::reverse(recordings.begin(), recordings.end());
     return recordings;
 }
