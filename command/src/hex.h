@@ -27,8 +27,9 @@ inline std::string fromHex(std::string_view digits) {
     std::string bytes;
     for (; !digits.empty(); digits.remove_prefix(2)) {
         const std::size_t high = hexDigits.find(digits[0]);
-        const std::size_t low = digits.size() < 2 ? digits.npos : hexDigits.find(digits[1]);
-        if (high == hexDigits.npos || low == hexDigits.npos) {
+        const std::size_t low =
+            digits.size() < 2 ? std::string_view::npos : hexDigits.find(digits[1]);
+        if (high == std::string_view::npos || low == std::string_view::npos) {
             throw std::invalid_argument("hex: is followed by pairs of lowercase digits");
         }
         bytes += static_cast<char>(high * 16 + low);

@@ -63,8 +63,8 @@ std::string_view PostgresRow::operator[](int column) const {
             static_cast<std::size_t>(library.PQgetlength(&result, row, column))};
 }
 
-PostgresConnection::PostgresConnection(StoreUrl storeUrl)
-    : library(postgresLibrary()), url(std::move(storeUrl)), session(nullptr, Delete{&library}) {
+PostgresConnection::PostgresConnection(StoreUrl target)
+    : library(postgresLibrary()), url(std::move(target)), owned(nullptr, Delete{&library}) {
     requireUrl();
     connect();
 }
@@ -75,7 +75,7 @@ void PostgresConnection::requireUrl() const {
     const auto reasonAgainst = [this](const std::string& text) {
         char* error = nullptr;
         library.PQconninfoFree(library.PQconninfoParse(text.c_str(), &error));
-        const std::string reason = error == nullptr ? "" : joinLines(error);
+        std::string reason = error == nullptr ? "" : joinLines(error);
         library.PQfreemem(error);
         return reason;
     };
@@ -100,22 +100,22 @@ void PostgresConnection::connect() {
     const std::array<const char*, 4> keys{"fallback_application_name", "dbname", "client_encoding",
                                           nullptr};
     const std::array<const char*, 4> values{"lapwing", url.connection.c_str(), "UTF8", nullptr};
-    session.reset(library.PQconnectStartParams(keys.data(), values.data(), 1));
-    if (!session) {
+    owned.reset(library.PQconnectStartParams(keys.data(), values.data(), 1));
+    if (!owned) {
         throw std::bad_alloc();
     }
     constexpr int sessionIsBad = 1;
-    if (library.PQstatus(session.get()) != sessionIsBad) {
-        library.PQsetNoticeProcessor(session.get(), ignoreNotice, nullptr);
-        library.PQreset(session.get());
+    if (library.PQstatus(session()) != sessionIsBad) {
+        library.PQsetNoticeProcessor(session(), ignoreNotice, nullptr);
+        library.PQreset(session());
     }
-    if (library.PQstatus(session.get()) != sessionIsGood) {
-        refuse("cannot connect: " + joinLines(library.PQerrorMessage(session.get())));
+    if (library.PQstatus(session()) != sessionIsGood) {
+        refuse("cannot connect: " + joinLines(library.PQerrorMessage(session())));
     }
 }
 
 void PostgresConnection::run(const std::string& statements) {
-    requireDone(own(library.PQexec(session.get(), statements.c_str())).get());
+    requireDone(own(library.PQexec(session(), statements.c_str())).get());
 }
 
 void PostgresConnection::query(const PostgresQuery& asked,
@@ -124,10 +124,10 @@ void PostgresConnection::query(const PostgresQuery& asked,
     for (const std::string& parameter : asked.parameters) {
         values.push_back(parameter.c_str());
     }
-    if (library.PQsendQueryParams(session.get(), asked.statement.c_str(),
+    if (library.PQsendQueryParams(session(), asked.statement.c_str(),
                                   static_cast<int>(values.size()), nullptr, values.data(), nullptr,
                                   nullptr, binary) == 0 ||
-        library.PQsetSingleRowMode(session.get()) == 0) {
+        library.PQsetSingleRowMode(session()) == 0) {
         fail(nullptr);
     }
     while (const Result result = nextResult()) {
@@ -142,7 +142,7 @@ void PostgresConnection::query(const PostgresQuery& asked,
 
 void PostgresConnection::copy(const std::string& statement,
                               const std::function<void(const Write& write)>& source) {
-    const Result begun = own(library.PQexec(session.get(), statement.c_str()));
+    const Result begun = own(library.PQexec(session(), statement.c_str()));
     if (library.PQresultStatus(begun.get()) != copyInBegins) {
         fail(begun.get());
     }
@@ -150,12 +150,12 @@ void PostgresConnection::copy(const std::string& statement,
         constexpr std::size_t most = 1U << 20U;
         for (; !bytes.empty(); bytes.remove_prefix(std::min(most, bytes.size()))) {
             const int size = static_cast<int>(std::min(most, bytes.size()));
-            if (library.PQputCopyData(session.get(), bytes.data(), size) != 1) {
+            if (library.PQputCopyData(session(), bytes.data(), size) != 1) {
                 fail(nextResult().get());
             }
         }
     });
-    if (library.PQputCopyEnd(session.get(), nullptr) != 1) {
+    if (library.PQputCopyEnd(session(), nullptr) != 1) {
         fail(nextResult().get());
     }
     while (const Result result = nextResult()) {
@@ -164,7 +164,7 @@ void PostgresConnection::copy(const std::string& statement,
 }
 
 PostgresConnection::Result PostgresConnection::nextResult() {
-    return own(library.PQgetResult(session.get()));
+    return own(library.PQgetResult(session()));
 }
 
 void PostgresConnection::requireDone(const PostgresResult* result) const {
@@ -181,10 +181,9 @@ void PostgresConnection::refuse(const std::string& reason) const {
 void PostgresConnection::fail(const PostgresResult* result) const {
     const char* const state = library.PQresultErrorField(result, sqlState);
     const char* const message = library.PQresultErrorField(result, primaryMessage);
-    const bool isGood = library.PQstatus(session.get()) == sessionIsGood;
-    refuse(
-        (isGood ? reasonOf(state == nullptr ? "" : state) : "the server ended the connection") +
-        (": " + joinLines(message == nullptr ? library.PQerrorMessage(session.get()) : message)));
+    const bool isGood = library.PQstatus(session()) == sessionIsGood;
+    refuse((isGood ? reasonOf(state == nullptr ? "" : state) : "the server ended the connection") +
+           (": " + joinLines(message == nullptr ? library.PQerrorMessage(session()) : message)));
 }
 
 }  // namespace command

@@ -39,7 +39,7 @@ struct PostgresQuery {
 
 class PostgresConnection {
 public:
-    explicit PostgresConnection(StoreUrl storeUrl);
+    explicit PostgresConnection(StoreUrl target);
 
     // Runs statements that have neither parameters nor rows.
     void run(const std::string& statements);
@@ -65,13 +65,14 @@ private:
     void requireUrl() const;
     void connect();
     Result nextResult();
-    Result own(PostgresResult* result) { return Result(result, Delete{&library}); }
+    Result own(PostgresResult* result) { return {result, Delete{&library}}; }
     void requireDone(const PostgresResult* result) const;
+    [[nodiscard]] PostgresSession* session() const { return owned.get(); }
     [[noreturn]] void fail(const PostgresResult* result) const;
 
     const PostgresLibrary& library;
     StoreUrl url;
-    std::unique_ptr<PostgresSession, Delete> session;
+    std::unique_ptr<PostgresSession, Delete> owned;
 };
 
 }  // namespace command

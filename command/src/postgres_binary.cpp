@@ -3,6 +3,7 @@
 #include "hex.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <stdexcept>
 #include <type_traits>
@@ -175,9 +176,8 @@ std::string arrayText(const std::vector<std::string>& texts) {
 
 std::string bytesArrayText(const std::vector<std::string>& values) {
     std::vector<std::string> texts;
-    for (const std::string& value : values) {
-        texts.push_back("\\x" + toHex(value));
-    }
+    std::transform(values.begin(), values.end(), std::back_inserter(texts),
+                   [](const std::string& value) { return "\\x" + toHex(value); });
     return arrayText(texts);
 }
 

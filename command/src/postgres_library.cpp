@@ -45,9 +45,9 @@ void* find(Module module, const char* name) {
 using Module = void*;
 
 Module open() {
-    const Module module = dlopen("libpq.so.5", RTLD_NOW | RTLD_LOCAL);
+    void* const module = dlopen("libpq.so.5", RTLD_NOW | RTLD_LOCAL);
     if (module == nullptr) {
-        refuse(dlerror());
+        refuse("libpq.so.5 cannot be loaded");
     }
     return module;
 }
@@ -66,7 +66,7 @@ void load(Module module, const char* name, Function& function) {
 }
 
 PostgresLibrary loadLibrary() {
-    const Module module = open();
+    auto* const module = open();
     PostgresLibrary library{};
 #define LOAD(name) load(module, #name, library.name)
     LOAD(PQconninfoParse);

@@ -24,9 +24,9 @@ void pushRecordings(const std::string& url, std::vector<lapwing::Recording> reco
 // Throws unless pushRecordings() could add to the database.
 void requirePushable(const std::string& url);
 
-// Returns those that the URL's filter selects, in the order of lapwing::merged(). There may be as
-// many as a file may hold.
-std::vector<lapwing::Recording> pullRecordings(const std::string& url);
+// Returns those that the filter of the place selects, in the order of lapwing::merged(). There may
+// be as many as a file may hold.
+std::vector<lapwing::Recording> pullRecordings(const std::string& place);
 
 }  // namespace command
 

@@ -61,7 +61,7 @@ void addPair(std::string& query, std::string_view pair) {
     query += pair;
 }
 
-std::string withQuery(std::string url, const std::string& query) {
+std::string withQuery(const std::string& url, const std::string& query) {
     return query.empty() ? url : url + '?' + query;
 }
 
