@@ -3,7 +3,6 @@
 #include "hex.h"
 
 #include <algorithm>
-#include <iterator>
 #include <limits>
 #include <stdexcept>
 #include <type_traits>
@@ -174,11 +173,8 @@ std::string arrayText(const std::vector<std::string>& texts) {
     return array + '}';
 }
 
-std::string bytesArrayText(const std::vector<std::string>& values) {
-    std::vector<std::string> texts;
-    std::transform(values.begin(), values.end(), std::back_inserter(texts),
-                   [](const std::string& value) { return "\\x" + toHex(value); });
-    return arrayText(texts);
+std::string bytesText(std::string_view bytes) {
+    return "\\x" + toHex(bytes);
 }
 
 }  // namespace command

@@ -51,8 +51,8 @@ std::vector<Milliseconds> readBigints(std::string_view value);
 // The texts as a text that stands for an array.
 std::string arrayText(const std::vector<std::string>& texts);
 
-// As arrayText() for values of bytea.
-std::string bytesArrayText(const std::vector<std::string>& values);
+// The bytes as a text that stands for a bytea.
+std::string bytesText(std::string_view bytes);
 
 }  // namespace command
 

@@ -123,13 +123,11 @@ void makeTables(PostgresConnection& connection) {
     }
 }
 
-// A question whose conditions have one parameter each.
+// What a question asks for. Its values are parameters.
 class Conditions {
 public:
-    // The parameter stands between the two.
-    void add(const std::string& before, std::string parameter, const std::string& after) {
-        conditions += (conditions.empty() ? " WHERE " : " AND ") + before +
-                      place(std::move(parameter)) + after;
+    void add(const std::string& condition) {
+        conditions += (conditions.empty() ? " WHERE " : " AND ") + condition;
     }
 
     // Returns what stands for a parameter.
@@ -147,33 +145,36 @@ private:
     std::vector<std::string> parameters;
 };
 
-constexpr const char* startOfName = "s.name_sha256 = ANY (ARRAY (SELECT sha256(name) FROM unnest(";
-constexpr const char* endOfName = "::bytea[]) AS asked (name)))";
-
 std::string timeText(std::chrono::system_clock::time_point time) {
     return std::to_string(secondsOf(time).time_since_epoch().count());
 }
 
-std::string namesText(const std::set<std::string>& names) {
-    return bytesArrayText({names.begin(), names.end()});
+// The server computes the hashes before it plans, so that it knows how frequent the names are.
+std::string nameCondition(Conditions& conditions, const std::set<std::string>& names) {
+    std::string hashes;
+    for (const std::string& name : names) {
+        hashes += (hashes.empty() ? "sha256(" : ", sha256(") + conditions.place(bytesText(name)) +
+                  "::bytea)";
+    }
+    return "s.name_sha256 IN (" + hashes + ')';
 }
 
 PostgresQuery headsQuery(const Selection& selection) {
     Conditions conditions;
     if (!selection.labels.empty()) {
-        conditions.add("r.labels @> ", toJson(selection.labels), "::jsonb");
+        conditions.add("r.labels @> " + conditions.place(toJson(selection.labels)) + "::jsonb");
     }
     if (selection.since) {
-        conditions.add("r.recorded >= to_timestamp(", timeText(*selection.since), ")");
+        conditions.add("r.recorded >= to_timestamp(" +
+                       conditions.place(timeText(*selection.since)) + ')');
     }
     if (selection.until) {
-        conditions.add("r.recorded < to_timestamp(", timeText(*selection.until), ")");
+        conditions.add("r.recorded < to_timestamp(" + conditions.place(timeText(*selection.until)) +
+                       ')');
     }
     if (!selection.names.empty()) {
-        conditions.add(std::string("EXISTS (SELECT FROM lapwing_samples s WHERE s.recording = r.id"
-                                   " AND ") +
-                           startOfName,
-                       namesText(selection.names), std::string(endOfName) + ')');
+        conditions.add("EXISTS (SELECT FROM lapwing_samples s WHERE s.recording = r.id AND " +
+                       nameCondition(conditions, selection.names) + ')');
     }
     std::string end = " ORDER BY r.recorded DESC, r.id DESC";
     if (selection.last) {
@@ -186,15 +187,15 @@ PostgresQuery headsQuery(const Selection& selection) {
 
 PostgresQuery headsQuery(const Ids& ids) {
     Conditions conditions;
-    conditions.add("r.id = ANY (", arrayText(ids), "::text[])");
+    conditions.add("r.id = ANY (" + conditions.place(arrayText(ids)) + "::text[])");
     return conditions.query("SELECT r.id, r.recorded, r.labels FROM lapwing_recordings r", "");
 }
 
 PostgresQuery samplesQuery(const Ids& ids, const std::set<std::string>& names) {
     Conditions conditions;
-    conditions.add("s.recording = ANY (", arrayText(ids), "::text[])");
+    conditions.add("s.recording = ANY (" + conditions.place(arrayText(ids)) + "::text[])");
     if (!names.empty()) {
-        conditions.add(startOfName, namesText(names), endOfName);
+        conditions.add(nameCondition(conditions, names));
     }
     return conditions.query("SELECT s.recording, s.name, s.note, s.samples FROM lapwing_samples s",
                             "");
