@@ -3,7 +3,7 @@
 _lapwing() {
     local cur prev words cword split
     _init_completion || return
-    local commands='record replay show compare merge edit import report'
+    local commands='record replay show compare merge edit import report push pull'
     local options i
     for ((i = 1; i < cword; ++i)); do
         if [ "${words[i]}" = -- ]; then
@@ -31,6 +31,8 @@ _lapwing() {
         edit) options='-o --scale --trim --reduce --rename --only --without --label' ;;
         import) options='--into --log --prefix --hyperfine --csv --label' ;;
         report) options='-o --before' ;;
+        push) options='--create --print-schema' ;;
+        pull) options='-o' ;;
     esac
     if [[ $cur == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$options --help" -- "$cur")

@@ -71,7 +71,7 @@ std::string namesOf(const TimingProfile& profile) {
 // Returns the operation to replay.
 std::string chooseName(const TimingProfile& profile, const ReplayOptions& options) {
     if (profile.samples.empty()) {
-        throw Failure(options.place + ": there is nothing recorded to replay");
+        throw Failure(nameOf(options.place) + ": there is nothing recorded to replay");
     }
     if (!options.name && profile.samples.size() > 1) {
         throw Failure("--name is needed: there are " + namesOf(profile));

@@ -9,7 +9,7 @@ namespace {
 std::string listOf(const Places& places) {
     std::string list;
     for (const std::string& place : places) {
-        list += (list.empty() ? "" : ", ") + place;
+        list += (list.empty() ? "" : ", ") + nameOf(place);
     }
     return list;
 }
@@ -19,7 +19,7 @@ std::string pageOf(const ReportOptions& options) {
     const std::string places = listOf(options.places);
     return options.before.empty() ? lapwing::recordingsPage(recordings, places)
                                   : lapwing::comparisonPage(load(options.before), recordings,
-                                                            options.before + " against " + places);
+                                                            nameOf(options.before) + " against " + places);
 }
 
 }  // namespace
