@@ -17,9 +17,10 @@ std::string listOf(const Places& places) {
 std::string pageOf(const ReportOptions& options) {
     const std::vector<lapwing::Recording> recordings = load(options.places);
     const std::string places = listOf(options.places);
-    return options.before.empty() ? lapwing::recordingsPage(recordings, places)
-                                  : lapwing::comparisonPage(load(options.before), recordings,
-                                                            nameOf(options.before) + " against " + places);
+    return options.before.empty()
+               ? lapwing::recordingsPage(recordings, places)
+               : lapwing::comparisonPage(load(options.before), recordings,
+                                         nameOf(options.before) + " against " + places);
 }
 
 }  // namespace
