@@ -1,7 +1,7 @@
 #include "arguments.h"
 
 #include "places.h"
-#include "process.h"
+#include "processes.h"
 #include "text_table.h"
 #include "utf8.h"
 

@@ -1,6 +1,6 @@
 #include "progress.h"
 
-#include "process.h"
+#include "processes.h"
 
 #include <algorithm>
 #include <iostream>

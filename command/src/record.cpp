@@ -1,6 +1,6 @@
 #include "commands.h"
 #include "places.h"
-#include "process.h"
+#include "processes.h"
 #include "progress.h"
 #include "text_table.h"
 

@@ -1,6 +1,6 @@
 #include "commands.h"
 #include "places.h"
-#include "process.h"
+#include "processes.h"
 #include "recording_format.h"
 #include "text_table.h"
 #include "values.h"

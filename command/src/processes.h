@@ -1,7 +1,7 @@
 // Starting programs and measuring them, and what the system calls them with.
 
-#ifndef LAPWING_COMMAND_PROCESS_H
-#define LAPWING_COMMAND_PROCESS_H
+#ifndef LAPWING_COMMAND_PROCESSES_H
+#define LAPWING_COMMAND_PROCESSES_H
 
 #include "places.h"
 
@@ -73,4 +73,4 @@ public:
 
 }  // namespace command
 
-#endif  // LAPWING_COMMAND_PROCESS_H
+#endif  // LAPWING_COMMAND_PROCESSES_H

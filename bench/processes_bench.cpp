@@ -6,7 +6,7 @@
 #include <string>
 
 #include "comparisons.h"
-#include "process.h"
+#include "processes.h"
 
 namespace {
 
