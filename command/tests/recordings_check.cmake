@@ -160,8 +160,10 @@ require_match(edit_some "ids that stay" "${ids}" "^$")
 string(REGEX MATCHALL "few-[12]" ids "${output}")
 require_match(edit_some "ids that stay" "${ids}" "^few-1;few-2$")
 file(WRITE ${FOLDER}/kept "kept")
-string(REPEAT x 65537 long)
-check_refusal(edit_long "--rename: [^\n]*65536 bytes" edit two -o kept --rename=Scan=${long})
+if(NOT CMAKE_HOST_WIN32 AND NOT LAPWING MATCHES "wine")  # where command lines are shorter
+    string(REPEAT x 65537 long)
+    check_refusal(edit_long "--rename: [^\n]*65536 bytes" edit two -o kept --rename=Scan=${long})
+endif()
 check_refusal(edit_hex "--label: hex: " edit two -o kept --label=a=hex:FF)
 foreach(entry IN ITEMS "--only: no name \"Read\"|--only=Read" "--rename: no name|--rename=Read=Scan"
         "--scale: |--scale=-1" "--trim: |--trim=90..10" "--trim: |--trim=5"
