@@ -7,6 +7,7 @@
 #include <atomic>
 #include <chrono>
 #include <map>
+#include <mutex>
 #include <thread>
 #include <utility>
 
@@ -48,7 +49,10 @@ void fillAt(fs::file_time_type time, const std::string& contents) {
 class SettingsFile : public InNewFolder {
 protected:
     SettingsFile() {
-        layer.setProblemHandler([this](const std::string& text) { problems.push_back(text); });
+        layer.setProblemHandler([this](const std::string& text) {
+            const std::lock_guard lock(mutex);
+            problems.push_back(text);
+        });
     }
     [[nodiscard]] std::string at(const std::string& key) const {
         return layer.find(key).value_or("nothing");
@@ -59,6 +63,7 @@ protected:
     JsonFileLayer layer{file};
 
 private:
+    std::mutex mutex;
     Problems problems;
 };
 
