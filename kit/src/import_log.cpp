@@ -69,6 +69,11 @@ std::string_view nameBehindSeparators(std::string_view head) {
     return head.substr(start);
 }
 
+[[noreturn]] void refuse(const std::string& prefix, const std::string& reason) {
+    throw std::invalid_argument("the prefix " + inQuotes(prefix) +
+                                " is not a regular expression to use: " + reason);
+}
+
 std::regex compiled(const std::string& prefix) {
     // Without this, some standard libraries need time or stack without limit.
 #ifdef __GLIBCXX__
@@ -84,15 +89,15 @@ std::regex compiled(const std::string& prefix) {
     } catch (const std::regex_error& error) {
         reason = error.what();
     }
-    throw std::invalid_argument("the prefix " + inQuotes(prefix) +
-                                " is not a regular expression to use: " + reason);
+    refuse(prefix, reason);
 }
 
 // Finds the name in what stands before ": End".
 class NameFinder {
 public:
     explicit NameFinder(const std::string& prefix)
-        : pattern(prefix.empty() ? std::nullopt : std::optional(compiled(prefix))) {}
+        : patternText(prefix),
+          pattern(prefix.empty() ? std::nullopt : std::optional(compiled(prefix))) {}
 
     [[nodiscard]] std::optional<std::string_view> find(std::string_view head) const {
         const auto name = pattern ? behindPattern(head) : std::optional(nameBehindSeparators(head));
@@ -105,13 +110,18 @@ private:
     [[nodiscard]] std::optional<std::string_view> behindPattern(std::string_view head) const {
         const std::string_view searched = head.substr(0, longestPrefix);
         std::match_results<std::string_view::const_iterator> match;
-        if (!std::regex_search(searched.begin(), searched.end(), match, *pattern,
-                               std::regex_constants::match_continuous)) {
-            return std::nullopt;
+        try {
+            if (!std::regex_search(searched.begin(), searched.end(), match, *pattern,
+                                   std::regex_constants::match_continuous)) {
+                return std::nullopt;
+            }
+        } catch (const std::regex_error& error) {
+            refuse(patternText, error.what());
         }
         return head.substr(static_cast<std::size_t>(match.length(0)));
     }
 
+    const std::string& patternText;
     std::optional<std::regex> pattern;
 };
 

@@ -28,7 +28,8 @@ class ImportError : public std::runtime_error {
 /// regular expression (ECMAScript) of what stands before the name: lines that do not begin with it,
 /// within 4096 bytes, are skipped. So are names longer than 64 KiB, which files cannot hold, and
 /// what is beyond 16 MiB in a line. Throws std::invalid_argument if the prefix is no regular
-/// expression, is longer than 1000 bytes, or refers back to its groups.
+/// expression, is longer than 1000 bytes, refers back to its groups, or needs more steps than the
+/// standard library allows.
 [[nodiscard]] TimingProfile importLog(std::istream& stream, const std::string& prefix = {});
 
 /// Reads the JSON that hyperfine exports: every run's time, in seconds there, by command. It may
