@@ -99,10 +99,11 @@ std::string Tokens::hide(std::string value) {
 std::string Tokens::reveal(std::string_view text, const Show& show) const {
     std::string revealed;
     while (!text.empty()) {
-        const std::size_t end = text.front() == tokenStart ? text.find(tokenEnd) : text.npos;
+        const std::size_t end =
+            text.front() == tokenStart ? text.find(tokenEnd) : std::string_view::npos;
         std::size_t index = 0;
-        if (end != text.npos && parseWhole(std::string(text.substr(1, end - 1)), index) &&
-            index < values.size()) {
+        if (end != std::string_view::npos &&
+            parseWhole(std::string(text.substr(1, end - 1)), index) && index < values.size()) {
             revealed += show ? show(values[index]) : values[index];
             text.remove_prefix(end + 1);
         } else {

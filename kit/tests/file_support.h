@@ -50,9 +50,16 @@ protected:
         fs::remove_all(folder);
     }
 
-    // Runs the program of other_process.cpp. Returns 0 if it succeeds.
+    // Runs the program of other_process.cpp. Returns 0 if it succeeds. Wine's shell now and then
+    // does not find a program that is there, and says so by a code of its own.
     [[nodiscard]] int run(const std::string& command) const {
-        return std::system(('"' + program + "\" " + command).c_str());
+        constexpr int notFound = 9009;
+        const std::string line = '"' + program + "\" " + command;
+        int code = std::system(line.c_str());
+        for (int again = 0; code == notFound && again < 3; ++again) {
+            code = std::system(line.c_str());
+        }
+        return code;
     }
 
     // Runs it eight times at once.
